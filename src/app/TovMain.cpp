@@ -1,0 +1,7 @@
+#include "app/TovMain.h"
+
+namespace tov {
+
+int runTov(int, char**) { return 1; }
+
+}  // namespace tov

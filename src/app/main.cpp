@@ -1,0 +1,3 @@
+#include "app/TovMain.h"
+
+int main(int argc, char** argv) { return tov::runTov(argc, argv); }

@@ -1,0 +1,26 @@
+#pragma once
+
+// Runs system tools and returns what they printed on standard output.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tov {
+
+class QVSCommand {
+public:
+    // Joins the command and its arguments with single blanks and hands the line to the
+    // shell as it stands, so pipes and redirections in it take effect. Only for fixed
+    // command lines: outside text never goes through here. Nothing when the shell could
+    // not be started; "" when the command printed nothing.
+    static std::optional<std::string> run(const std::string& command,
+                                          const std::vector<std::string>& arguments = {});
+
+    // Starts program directly with each argument as one argument vector entry, no shell
+    // involved, and returns its standard output. Nothing when it could not be started.
+    static std::optional<std::string> runProgram(const std::string& program,
+                                                 const std::vector<std::string>& arguments = {});
+};
+
+}  // namespace tov

@@ -1,0 +1,26 @@
+#pragma once
+
+// Small stateless text helpers shared by every part of the daemon.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tov {
+
+// Removes Unicode white space and line breaks from both ends of UTF-8 text.
+std::string trimWhitespaceAndNewlines(std::string_view text);
+
+// Turns every Java-style escape (backslash, "u", four hex digits) into the character it
+// names; escaped surrogate pairs combine into one character. Other text is unchanged.
+std::string decodeJavaEscapes(std::string text);
+
+// ASCII case-insensitive comparison of whole strings.
+bool equalsIgnoringCase(std::string_view left, std::string_view right);
+bool hasPrefix(std::string_view text, std::string_view prefix);
+
+// The leading integer of text as C's strtoll reads it: white space and a sign are
+// accepted, anything after the digits is ignored, text without digits gives 0.
+std::int64_t leadingIntegerValue(std::string_view text);
+
+}  // namespace tov
