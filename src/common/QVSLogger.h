@@ -25,6 +25,7 @@ public:
     static constexpr const char* kCritical = "   CRITICAL";
 
     static void setFilename(const std::string& filename, const std::string& folderPath);
+    // Taken under the lock, so a setter running at the same time cannot tear it.
     static std::string folderPath();
     static void setMaximumLogFileCount(std::int64_t count);
     // Accepts a padded level name exactly, or a bare one in any letter case; anything
@@ -49,6 +50,8 @@ public:
     static std::int64_t highestLogFileNumberInArray(const std::vector<std::string>& entries);
     static void rollFileUpFromNumber(std::int64_t number);
     static bool lazyCreateLogfolder();
+    static void lazyDiscoverDateComponentOfLatestLogFileIfAny();
+    static void lazyDiscoverProcessInfo();
 
     // Test seams: the clock that stamps lines and decides the daily roll, and a reset of
     // all global state to its initial values.
@@ -59,5 +62,9 @@ public:
 // "yyyy-mm-dd HH:MM:SS." in local time, then the microseconds of the second printed without
 // leading zeros and cut to three characters (7 µs gives 7, 123456 µs gives 123).
 std::string logLineTimestamp(std::chrono::system_clock::time_point time);
+
+// Whether the writer may, as its last resort, delete this log folder: never "/" nor a
+// path shorter than 4 characters.
+bool isRemovableLogFolder(const std::string& folderPath);
 
 }  // namespace tov
