@@ -1,5 +1,7 @@
 #include "model/Value.h"
 
+#include <cmath>
+
 #include "model/QVSystemInfo.h"
 
 namespace tov {
@@ -126,10 +128,37 @@ bool sameContents(const Ref& left, const Ref& right) {
     return *left == *right;
 }
 
+bool isIntegerOrDouble(Value::Type type) {
+    return type == Value::Type::Int || type == Value::Type::UInt || type == Value::Type::Double;
+}
+
+// An integer and a double are the same number when the double is that whole number.
+bool integerEqualsDouble(const Value& integer, double number) {
+    if (!std::isfinite(number) || std::trunc(number) != number) return false;
+    if (integer.type() == Value::Type::Int) {
+        if (number < -0x1p63 || number >= 0x1p63) return false;
+        return static_cast<std::int64_t>(number) == integer.toInt64();
+    }
+    if (number < 0.0 || number >= 0x1p64) return false;
+    return static_cast<std::uint64_t>(number) == integer.toUInt64();
+}
+
+// Numbers of different representations compare by value: the JSON reader gives unsigned
+// integers for every non-negative integer, whatever type was written.
+bool sameNumber(const Value& left, const Value& right) {
+    if (left.type() == Value::Type::Double) return integerEqualsDouble(right, left.toDouble());
+    if (right.type() == Value::Type::Double) return integerEqualsDouble(left, right.toDouble());
+    const Value& signedOne = left.type() == Value::Type::Int ? left : right;
+    const Value& unsignedOne = left.type() == Value::Type::Int ? right : left;
+    return signedOne.toInt64() >= 0 && static_cast<std::uint64_t>(signedOne.toInt64()) == unsignedOne.toUInt64();
+}
+
 }  // namespace
 
 bool Value::operator==(const Value& other) const {
-    if (type() != other.type()) return false;
+    if (type() != other.type()) {
+        return isIntegerOrDouble(type()) && isIntegerOrDouble(other.type()) && sameNumber(*this, other);
+    }
     switch (type()) {
     case Type::Array:
         return sameContents(array(), other.array());

@@ -79,7 +79,8 @@ public:
     Value deepCopy() const;
 
     // Structural equality of the data (records by their dictionaries and scan result),
-    // for tests and change checks; the record kinds' own equality is isEqual.
+    // for tests and change checks; the record kinds' own equality is isEqual. Signed,
+    // unsigned and floating numbers compare by value; booleans equal only booleans.
     bool operator==(const Value& other) const;
 
 private:

@@ -29,6 +29,36 @@ TEST(Value, NumbersConvertBetweenTypesAndOtherValuesReadAsZero) {
     EXPECT_EQ(Value(-1.0).toUInt64(), 0u);
 }
 
+TEST(Value, NumbersOfDifferentRepresentationsCompareByValue) {
+    EXPECT_EQ(Value(std::int64_t{5}), Value(std::uint64_t{5}));
+    EXPECT_EQ(Value(std::uint64_t{5}), Value(std::int64_t{5}));
+    EXPECT_EQ(Value(5.0), Value(5));
+    EXPECT_EQ(Value(5u), Value(5.0));
+    EXPECT_EQ(Value(-3), Value(-3.0));
+    EXPECT_NE(Value(5.5), Value(5));
+    EXPECT_NE(Value(-1), Value(std::uint64_t{18446744073709551615u}));
+    EXPECT_NE(Value(-1.0), Value(0u));
+    EXPECT_NE(Value(18446744073709551616.0), Value(std::uint64_t{18446744073709551615u}));
+    EXPECT_NE(Value(9223372036854775808.0), Value(std::int64_t{9223372036854775807}));
+}
+
+TEST(Value, BooleansEqualOnlyBooleans) {
+    EXPECT_NE(Value(true), Value(1));
+    EXPECT_NE(Value(false), Value(0u));
+    EXPECT_NE(Value(0), Value("0"));
+    EXPECT_NE(Value(0), Value());
+}
+
+TEST(Value, AReadBackDictionaryEqualsTheWrittenOne) {
+    Value written = Value::newDictionary();
+    written.dictionary()->set("width", Value(std::int64_t{1920}));
+    written.dictionary()->set("ratio", Value(1.0));
+    const auto readBack = parseJson(writeJson(written, JsonStyle::Compact));
+    ASSERT_TRUE(readBack);
+    EXPECT_EQ(readBack->dictionary()->get("width").type(), Value::Type::UInt);
+    EXPECT_EQ(*readBack, written);
+}
+
 TEST(Value, ContainersAreSharedBetweenHolders) {
     Value first = Value::newDictionary();
     Value second = first;
