@@ -11,16 +11,21 @@ namespace tov {
 class QVSCommand {
 public:
     // Joins the command and its arguments with single blanks and hands the line to the
-    // shell as it stands, so pipes and redirections in it take effect. Only for fixed
-    // command lines: outside text never goes through here. Nothing when the shell could
-    // not be started; "" when the command printed nothing.
+    // shell (/bin/sh -c) as it stands, so pipes and redirections in it take effect. Only for
+    // fixed command lines: outside text never goes through here. Nothing when the shell
+    // could not be started; "" when the command printed nothing.
     static std::optional<std::string> run(const std::string& command,
                                           const std::vector<std::string>& arguments = {});
 
-    // Starts program directly with each argument as one argument vector entry, no shell
-    // involved, and returns its standard output. Nothing when it could not be started.
+    // Starts the program at the path program (not searched for in PATH) with each argument
+    // as one argument vector entry, no shell involved, and returns its standard output.
+    // Nothing when it could not be started (a missing program included).
     static std::optional<std::string> runProgram(const std::string& program,
                                                  const std::vector<std::string>& arguments = {});
+
+    // Both forms: standard input reads /dev/null, standard error is the daemon's own, the
+    // exit status is not examined, and the call blocks until the child has ended. Several
+    // threads may run commands at once.
 };
 
 }  // namespace tov

@@ -1,0 +1,171 @@
+#include "common/QVFileUtil.h"
+
+#include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <utility>
+#include <vector>
+
+#include "common/QVFileUtilMessages.h"
+
+namespace tov {
+namespace {
+
+// Group 0 owns the daemon's files: it is "wheel" on macOS and root's own group on Linux.
+constexpr gid_t kDaemonGroupId = 0;
+constexpr mode_t kOwnerReadWrite = S_IRUSR | S_IWUSR;
+
+// Runs a re-entrant user or group database lookup, growing its scratch buffer on ERANGE,
+// and hands the entry found to extract.
+template <typename Entry, typename Lookup, typename Extract>
+auto lookUp(Lookup lookup, Extract extract) -> std::optional<decltype(extract(std::declval<const Entry&>()))> {
+    std::vector<char> buffer(4096);
+    for (;;) {
+        Entry entry{};
+        Entry* found = nullptr;
+        const int result = lookup(&entry, buffer.data(), buffer.size(), &found);
+        if (result == ERANGE && buffer.size() < (1u << 20)) {
+            buffer.resize(buffer.size() * 2);
+            continue;
+        }
+        if (result != 0 || found == nullptr) return std::nullopt;
+        return extract(*found);
+    }
+}
+
+std::optional<std::string> userName(uid_t user) {
+    return lookUp<passwd>(
+        [user](passwd* entry, char* buffer, std::size_t size, passwd** found) {
+            return getpwuid_r(user, entry, buffer, size, found);
+        },
+        [](const passwd& entry) { return std::string(entry.pw_name); });
+}
+
+std::optional<std::string> groupName(gid_t group) {
+    return lookUp<struct group>(
+        [group](struct group* entry, char* buffer, std::size_t size, struct group** found) {
+            return getgrgid_r(group, entry, buffer, size, found);
+        },
+        [](const struct group& entry) { return std::string(entry.gr_name); });
+}
+
+std::optional<gid_t> wheelGroupId() {
+    return lookUp<struct group>(
+        [](struct group* entry, char* buffer, std::size_t size, struct group** found) {
+            return getgrnam_r("wheel", entry, buffer, size, found);
+        },
+        [](const struct group& entry) { return entry.gr_gid; });
+}
+
+bool isDaemonGroup(gid_t group) {
+    return group == kDaemonGroupId || group == wheelGroupId();
+}
+
+const char* itemType(mode_t mode) {
+    if (S_ISDIR(mode)) return "directory";
+    if (S_ISREG(mode)) return "regular";
+    if (S_ISLNK(mode)) return "symbolicLink";
+    if (S_ISFIFO(mode)) return "pipe";
+    if (S_ISSOCK(mode)) return "socket";
+    if (S_ISCHR(mode)) return "characterSpecial";
+    if (S_ISBLK(mode)) return "blockSpecial";
+    return "unknown";
+}
+
+nlohmann::ordered_json nameOrNull(const std::optional<std::string>& name) {
+    return name ? nlohmann::ordered_json(*name) : nlohmann::ordered_json(nullptr);
+}
+
+std::string octalPermissions(mode_t mode) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(mode & 07777));
+    return text;
+}
+
+// A one-line description of an item's attributes for the messages of errors 10 and 11.
+std::string describeAttributes(const struct stat& status) {
+    nlohmann::ordered_json attributes;
+    attributes["type"] = itemType(status.st_mode);
+    attributes["owner"] = nameOrNull(userName(status.st_uid));
+    attributes["ownerId"] = status.st_uid;
+    attributes["group"] = nameOrNull(groupName(status.st_gid));
+    attributes["groupId"] = status.st_gid;
+    attributes["permissions"] = octalPermissions(status.st_mode);
+    return attributes.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+bool fail(QVFileUtilErrorSlot* error, int code, const std::string& message) {
+    QVFileUtil::optionallyPopulateError(error, code, message);
+    return false;
+}
+
+bool containsNul(const std::string& path) {
+    return path.find('\0') != std::string::npos;
+}
+
+}  // namespace
+
+// Every change acts on the item at the path itself (lchown, fchmodat without following):
+// a symbolic link planted at one of these paths gets the new owner, and the item it points
+// to keeps its owner and mode. Linux cannot change a link's mode, which shows as error 5.
+bool QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(const std::string& path,
+                                                                 QVFileUtilErrorSlot* error) {
+    if (geteuid() != 0) return true;
+    if (error) error->reset();
+    if (path.empty()) return fail(error, QVFileUtilError::kNoPath, QVFileUtilMessages::noPath());
+    // A path with a NUL byte cannot be handed to the system whole; it is refused before
+    // anything looks at the shorter path its C form names.
+    if (containsNul(path)) {
+        return fail(error, QVFileUtilError::kIllegalCharactersInPath, QVFileUtilMessages::illegalCharactersInPath());
+    }
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return fail(error, QVFileUtilError::kNoItemAtPath, QVFileUtilMessages::noItemAtPath());
+    }
+    if (lchown(path.c_str(), getuid(), kDaemonGroupId) != 0) {
+        return fail(error, QVFileUtilError::kOwnerNotChanged, QVFileUtilMessages::ownerNotChanged(path, errno));
+    }
+    if (fchmodat(AT_FDCWD, path.c_str(), kOwnerReadWrite, AT_SYMLINK_NOFOLLOW) != 0) {
+        optionallyPopulateError(error, QVFileUtilError::kPermissionsNotChanged,
+                                QVFileUtilMessages::permissionsNotChanged(path, errno));
+    }
+    if (lchown(path.c_str(), static_cast<uid_t>(-1), kDaemonGroupId) != 0) {
+        optionallyPopulateError(error, QVFileUtilError::kGroupNotChanged, QVFileUtilMessages::groupNotChanged(path, errno));
+    }
+    return true;
+}
+
+bool QVFileUtil::isAccessiblePath(const std::string& path, QVFileUtilErrorSlot* error) {
+    struct stat status {};
+    if (containsNul(path) || lstat(path.c_str(), &status) != 0) {
+        return fail(error, QVFileUtilError::kDoesNotExist, QVFileUtilMessages::doesNotExist(path));
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        return fail(error, QVFileUtilError::kNotADirectory, QVFileUtilMessages::notADirectory(path));
+    }
+    if (!isDaemonGroup(status.st_gid)) {
+        return fail(error, QVFileUtilError::kGroupIsNotWheel,
+                    QVFileUtilMessages::groupIsNotWheel(path, describeAttributes(status)));
+    }
+    if (status.st_uid != 0) {
+        return fail(error, QVFileUtilError::kOwnerIsNotRoot,
+                    QVFileUtilMessages::ownerIsNotRoot(path, describeAttributes(status)));
+    }
+    return true;
+}
+
+void QVFileUtil::optionallyPopulateError(QVFileUtilErrorSlot* error, int code, const std::string& message) {
+    if (error == nullptr) return;
+    QVFileUtilError filled;
+    filled.code = code;
+    filled.message = message;
+    *error = std::move(filled);
+}
+
+}  // namespace tov
