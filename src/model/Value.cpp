@@ -1,10 +1,28 @@
 #include "model/Value.h"
 
 #include <cmath>
+#include <limits>
 
 #include "model/QVSystemInfo.h"
 
 namespace tov {
+namespace {
+
+// Converts a double to an integer type, clamped to its range (NaN gives 0), so that a
+// hostile number in a document cannot make the conversion undefined.
+template <class Integer>
+Integer clampedInteger(double number) {
+    if (std::isnan(number)) return 0;
+    if (number <= static_cast<double>(std::numeric_limits<Integer>::min())) {
+        return std::numeric_limits<Integer>::min();
+    }
+    if (number >= static_cast<double>(std::numeric_limits<Integer>::max())) {
+        return std::numeric_limits<Integer>::max();
+    }
+    return static_cast<Integer>(number);
+}
+
+}  // namespace
 
 Value::Value(ArrayRef value) : data_(std::move(value)) {}
 Value::Value(DictionaryRef value) : data_(std::move(value)) {}
@@ -49,7 +67,7 @@ std::int64_t Value::toInt64() const {
     case Type::UInt:
         return static_cast<std::int64_t>(std::get<std::uint64_t>(data_));
     case Type::Double:
-        return static_cast<std::int64_t>(std::get<double>(data_));
+        return clampedInteger<std::int64_t>(std::get<double>(data_));
     default:
         return 0;
     }
@@ -63,10 +81,8 @@ std::uint64_t Value::toUInt64() const {
         return static_cast<std::uint64_t>(std::get<std::int64_t>(data_));
     case Type::UInt:
         return std::get<std::uint64_t>(data_);
-    case Type::Double: {
-        const double number = std::get<double>(data_);
-        return number <= 0.0 ? 0 : static_cast<std::uint64_t>(number);
-    }
+    case Type::Double:
+        return clampedInteger<std::uint64_t>(std::get<double>(data_));
     default:
         return 0;
     }

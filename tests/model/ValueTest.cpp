@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 #include "model/Json.h"
 #include "model/QVSystemInfo.h"
 
@@ -182,6 +185,19 @@ TEST(Json, ARootArrayIsKeptAsAnArray) {
     const auto parsed = parseJson("[1]");
     ASSERT_TRUE(parsed);
     EXPECT_TRUE(parsed->isArray());
+}
+
+}  // namespace
+}  // namespace tov
+
+namespace tov {
+namespace {
+
+TEST(Value, OutOfRangeDoublesClampWhenReadAsIntegers) {
+    EXPECT_EQ(Value(1e30).toInt64(), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(Value(-1e30).toInt64(), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(Value(1e30).toUInt64(), std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(Value(std::nan("")).toInt64(), 0);
 }
 
 }  // namespace
