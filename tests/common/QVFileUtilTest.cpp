@@ -8,7 +8,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "../support/TestFolder.h"
+#include "support/ChildProcess.h"
+#include "support/TestFolder.h"
 #include "common/QVFileUtilMessages.h"
 
 namespace tov {
@@ -173,7 +174,7 @@ TEST_F(QVFileUtilAsRoot, WithoutRootNothingIsTouchedAndTheAnswerIsTrue) {
     const struct stat before = testing::lstatOf(path);
     const std::string missing = folder_.file("missing");
 
-    const int verdict = testing::exitCodeOfChild([&] {
+    const int verdict = testing::runInChild([&] {
         if (setgroups(0, nullptr) != 0 || setgid(kNoGroup) != 0 || setuid(kNobody) != 0) return 10;
         QVFileUtilErrorSlot slot = anError(4);
         if (!QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path, &slot)) return 1;
@@ -181,7 +182,7 @@ TEST_F(QVFileUtilAsRoot, WithoutRootNothingIsTouchedAndTheAnswerIsTrue) {
         if (!QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath("", nullptr)) return 3;
         if (!slot || slot->code != 4 || slot->message != "left over") return 4;
         return 0;
-    });
+    }).exitCode;
 
     EXPECT_EQ(verdict, 0);
     EXPECT_TRUE(sameStatus(before, testing::lstatOf(path)));

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "../support/TestFolder.h"
+#include "support/TestFolder.h"
 
 namespace tov {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "../support/TestFolder.h"
+#include "support/TestFolder.h"
 
 namespace tov {
 namespace {

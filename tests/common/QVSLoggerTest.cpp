@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "platform/ProcessInfo.h"
+#include "support/TestFolder.h"
 
 namespace tov {
 namespace {
@@ -45,17 +46,8 @@ void setModificationTime(const std::string& path, TimePoint time) {
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
 }
 
-std::string readFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
-    stream << text;
-}
+using testing::readFile;
+using testing::writeFile;
 
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
@@ -79,9 +71,7 @@ class QVSLoggerTest : public ::testing::Test {
 protected:
     void SetUp() override {
         QVSLogger::resetForTesting();
-        char pattern[] = "/tmp/tov-logger-XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern), nullptr);
-        root = pattern;
+        root = temporary.path();
         folder = root + "/logs";
         originalDirectory = fs::current_path();
     }
@@ -89,7 +79,6 @@ protected:
     void TearDown() override {
         QVSLogger::resetForTesting();
         fs::current_path(originalDirectory);
-        fs::remove_all(root);
     }
 
     void configure(std::int64_t count = 5) {
@@ -114,6 +103,7 @@ protected:
         return names;
     }
 
+    testing::TestFolder temporary;
     std::string root;
     std::string folder;
     fs::path originalDirectory;
@@ -338,9 +328,9 @@ TEST_F(QVSLoggerTest, FolderThatCannotBeCreatedDropsTheLineAndSaysSo) {
     folder = root + "/plain-file/logs";
     configure();
     EXPECT_FALSE(QVSLogger::lazyCreateLogfolder());
-    testing::internal::CaptureStderr();
+    ::testing::internal::CaptureStderr();
     EXPECT_FALSE(QVSLogger::information("lost"));
-    const std::string output = testing::internal::GetCapturedStderr();
+    const std::string output = ::testing::internal::GetCapturedStderr();
     EXPECT_NE(output.find("Could not create the log folder [" + folder + "]"), std::string::npos) << output;
 }
 

@@ -8,7 +8,8 @@
 #include <random>
 #include <string>
 
-#include "../support/TestFolder.h"
+#include "support/ChildProcess.h"
+#include "support/TestFolder.h"
 #include "common/QVSCommand.h"
 
 namespace tov {
@@ -93,10 +94,10 @@ TEST(QVSMD5UtilsFile, UnreadableFileGivesEmptyText) {
     chmod(folder.path().c_str(), 0755);
     const std::string path = folder.write("secret", "abc");
     chmod(path.c_str(), 0600);
-    const int verdict = testing::exitCodeOfChild([&path] {
+    const int verdict = testing::runInChild([&path] {
         if (setgroups(0, nullptr) != 0 || setgid(65534) != 0 || setuid(65534) != 0) return 2;
         return QVSMD5Utils::md5OfFile(path).empty() ? 0 : 1;
-    });
+    }).exitCode;
     EXPECT_EQ(verdict, 0);
     EXPECT_EQ(QVSMD5Utils::md5OfFile(path), "900150983cd24fb0d6963f7d28e17f72");
 }

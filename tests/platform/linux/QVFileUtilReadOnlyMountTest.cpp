@@ -5,7 +5,8 @@
 #include <cerrno>
 #include <string>
 
-#include "../../support/TestFolder.h"
+#include "support/ChildProcess.h"
+#include "support/TestFolder.h"
 #include "common/QVFileUtil.h"
 
 namespace tov {
@@ -21,7 +22,7 @@ TEST(QVFileUtilLinux, OwnerChangeOnAReadOnlyFileSystemIsErrorFour) {
     const std::string mountPoint = folder.makeFolder("mnt");
     const std::string path = mountPoint + "/previous.json";
 
-    const int verdict = testing::exitCodeOfChild([&] {
+    const int verdict = testing::runInChild([&] {
         if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount("tmpfs", mountPoint.c_str(), "tmpfs", 0, "size=64k") != 0) {
             return kNoMountNamespace;
@@ -36,7 +37,7 @@ TEST(QVFileUtilLinux, OwnerChangeOnAReadOnlyFileSystemIsErrorFour) {
         const std::string expected =
             "Could not change the owner of [" + path + "].  Error code = [" + std::to_string(EROFS) + "]";
         return slot->message == expected ? 0 : 3;
-    });
+    }).exitCode;
 
     if (verdict == kNoMountNamespace) GTEST_SKIP() << "cannot make a private read-only mount here";
     EXPECT_EQ(verdict, 0);
