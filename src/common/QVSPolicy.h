@@ -1,0 +1,42 @@
+#pragma once
+
+// The policy file that another component drops to tune the daemon. It is read anew on
+// every question, plain or zipped; a missing or unreadable policy gives the defaults.
+
+#include <string>
+
+#include "model/Value.h"
+
+namespace tov {
+
+class QVSPolicy {
+public:
+    static constexpr const char* kFullScanIntervalHoursKey = "FullScanIntervalHours";
+    static constexpr const char* kScanAfterRestartKey = "ScanAfterRestart";
+    static constexpr const char* kEventDrivenScanKey = "EventDrivenScan";
+    static constexpr long long kDefaultFullScanIntervalHours = 744;
+    // Larger files are not read at all.
+    static constexpr long long kMaximumPolicyFileBytes = 104857600;
+
+    static QVSPolicy& sharedPolicy();
+    QVSPolicy(const QVSPolicy&) = delete;
+    QVSPolicy& operator=(const QVSPolicy&) = delete;
+
+    // The interval in hours times 3600, without bounds.
+    double fullScanIntervalSeconds() const;
+    bool scanAfterRestart() const;
+    bool eventDrivenScan() const;
+    // The file holds at least one of the three keys.
+    bool isPolicyFileExist() const;
+    // The MD5 of the policy file, or "" when no policy exists.
+    std::string md5() const;
+
+    // Adds to dictionary the policy keys found in the file at path.
+    static void populateDictionary(Dictionary& dictionary, const std::string& path);
+
+private:
+    QVSPolicy() = default;
+    Dictionary readPolicy() const;
+};
+
+}  // namespace tov

@@ -1,0 +1,187 @@
+#include "common/QVSPolicy.h"
+
+#include <gtest/gtest.h>
+#include <zip.h>
+
+#include <filesystem>
+
+#include "common/Paths.h"
+#include "common/QVSLogger.h"
+#include "common/QVSMD5Utils.h"
+#include "support/TestFolder.h"
+
+namespace tov {
+namespace {
+
+using testing::readFile;
+using testing::TestFolder;
+using testing::writeFile;
+
+void writeZip(const std::string& path, const std::string& memberName, const std::string& contents) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    int error = 0;
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+    ASSERT_NE(archive, nullptr);
+    zip_source_t* source = zip_source_buffer(archive, contents.data(), contents.size(), 0);
+    ASSERT_GE(zip_file_add(archive, memberName.c_str(), source, ZIP_FL_OVERWRITE), 0);
+    ASSERT_EQ(zip_close(archive), 0);
+}
+
+class QVSPolicyTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Paths::setRootForTesting(folder.path());
+        QVSLogger::resetForTesting();
+        QVSLogger::setFilename("tov", Paths::logsFolder());
+        QVSLogger::setMinimumLogLevel("TRACE");
+    }
+    void TearDown() override {
+        QVSLogger::resetForTesting();
+        Paths::setRootForTesting("");
+    }
+
+    void writePolicy(const std::string& text) { writeFile(Paths::policyFile(), text); }
+    std::string log() const { return readFile(Paths::logsFolder() + "/tov.log"); }
+
+    QVSPolicy& policy = QVSPolicy::sharedPolicy();
+    TestFolder folder;
+};
+
+TEST_F(QVSPolicyTest, IntervalInHoursBecomesSecondsAndTheFlagsDefaultToFalse) {
+    writePolicy(R"({"FullScanIntervalHours": 24})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 86400.0);
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    EXPECT_TRUE(policy.isPolicyFileExist());
+}
+
+TEST_F(QVSPolicyTest, IntervalGivenAsTextOrZero) {
+    writePolicy(R"({"FullScanIntervalHours": "12"})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 43200.0);
+    writePolicy(R"({"FullScanIntervalHours": 0})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 0.0);
+}
+
+TEST_F(QVSPolicyTest, IntervalIsNotBoundedAndFractionsAreCut) {
+    writePolicy(R"({"FullScanIntervalHours": -2})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), -7200.0);
+    writePolicy(R"({"FullScanIntervalHours": 1.9})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 3600.0);
+    writePolicy(R"({"FullScanIntervalHours": "6 hours"})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 21600.0);
+}
+
+TEST_F(QVSPolicyTest, NoPolicyFileGivesTheDefaults) {
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_EQ(policy.md5(), "");
+}
+
+TEST_F(QVSPolicyTest, AnEmptyObjectIsNoPolicy) {
+    writePolicy("{}");
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_EQ(policy.md5(), "");
+}
+
+TEST_F(QVSPolicyTest, AJsonArrayLogsTheWarningAndGivesTheDefaults) {
+    writePolicy(R"([{"FullScanIntervalHours": 1}])");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_NE(log().find("    WARNING - read policy file failed with exception. "), std::string::npos);
+}
+
+TEST_F(QVSPolicyTest, AValueOfTheWrongTypeStopsReadingWithTheWarning) {
+    writePolicy(R"({"FullScanIntervalHours": 2, "ScanAfterRestart": [true], "EventDrivenScan": true})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 7200.0);
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    EXPECT_NE(log().find("read policy file failed with exception. "), std::string::npos);
+}
+
+TEST_F(QVSPolicyTest, FlagsReadFromBooleansNumbersAndText) {
+    writePolicy(R"({"ScanAfterRestart": true, "EventDrivenScan": 1})");
+    EXPECT_TRUE(policy.scanAfterRestart());
+    EXPECT_TRUE(policy.eventDrivenScan());
+    writePolicy(R"({"ScanAfterRestart": "YES", "EventDrivenScan": "no"})");
+    EXPECT_TRUE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    writePolicy(R"({"ScanAfterRestart": " 007", "EventDrivenScan": "true"})");
+    EXPECT_TRUE(policy.scanAfterRestart());
+    EXPECT_TRUE(policy.eventDrivenScan());
+    writePolicy(R"({"ScanAfterRestart": false, "EventDrivenScan": "0"})");
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    EXPECT_TRUE(policy.isPolicyFileExist());
+}
+
+TEST_F(QVSPolicyTest, CorruptJsonGivesTheDefaults) {
+    writePolicy(R"({"FullScanIntervalHours": 24)");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_EQ(policy.md5(), "");
+}
+
+TEST_F(QVSPolicyTest, HashIsTheFilesMd5WhenAPolicyExists) {
+    const std::string text = R"({"EventDrivenScan": true})";
+    writePolicy(text);
+    EXPECT_EQ(policy.md5(), QVSMD5Utils::md5OfData(text));
+    EXPECT_EQ(policy.md5().size(), 32u);
+}
+
+TEST_F(QVSPolicyTest, AZippedPolicyIsRead) {
+    writeZip(Paths::policyFile(), "policy.json", R"({"FullScanIntervalHours": 48, "EventDrivenScan": true})");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 172800.0);
+    EXPECT_TRUE(policy.eventDrivenScan());
+    EXPECT_TRUE(policy.isPolicyFileExist());
+    EXPECT_EQ(policy.md5(), QVSMD5Utils::md5OfFile(Paths::policyFile()));
+}
+
+TEST_F(QVSPolicyTest, AZipThatIsNotAnArchiveGivesTheDefaults) {
+    writePolicy(std::string("PK\x03\x04", 4) + "not really a zip");
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+    EXPECT_FALSE(policy.isPolicyFileExist());
+}
+
+TEST_F(QVSPolicyTest, AFolderInPlaceOfThePolicyIsNoPolicy) {
+    std::filesystem::create_directories(Paths::policyFile());
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+}
+
+TEST_F(QVSPolicyTest, ReaderOnlyAddsWhatItFinds) {
+    writePolicy(R"({"ScanAfterRestart": true, "Other": 5})");
+    Dictionary dictionary;
+    dictionary.set("FullScanIntervalHours", Value(744));
+    QVSPolicy::populateDictionary(dictionary, Paths::policyFile());
+    EXPECT_EQ(dictionary.size(), 2u);
+    EXPECT_EQ(dictionary.get("FullScanIntervalHours").toInt64(), 744);
+    EXPECT_TRUE(dictionary.get("ScanAfterRestart").toBool());
+    QVSPolicy::populateDictionary(dictionary, "");
+    EXPECT_EQ(dictionary.size(), 2u);
+}
+
+TEST_F(QVSPolicyTest, EveryQuestionReadsTheFileAnew) {
+    writePolicy(R"({"ScanAfterRestart": true})");
+    EXPECT_TRUE(policy.scanAfterRestart());
+    writePolicy(R"({"ScanAfterRestart": false})");
+    EXPECT_FALSE(policy.scanAfterRestart());
+}
+
+}  // namespace
+}  // namespace tov
+
+namespace tov {
+namespace {
+
+TEST_F(QVSPolicyTest, AFileLargerThanOneHundredMebibytesIsNotRead) {
+    writePolicy(R"({"ScanAfterRestart": true})");
+    std::filesystem::resize_file(Paths::policyFile(), QVSPolicy::kMaximumPolicyFileBytes + 1);
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_EQ(log().find("read policy file failed"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tov
