@@ -1,0 +1,16 @@
+#include "app/QVApplicationDelegate.h"
+
+#include "common/Paths.h"
+#include "common/QVSPolicy.h"
+
+namespace tov {
+
+std::string QVApplicationDelegate::environment() const {
+    std::string text = std::string("Version:") + kVersion + "\n";
+    text += "Outbox:" + Paths::outboxFolder() + "\n";
+    const std::string configHash = QVSPolicy::sharedPolicy().md5();
+    if (!configHash.empty()) text += "ConfigHash:" + configHash + "\n";
+    return text;
+}
+
+}  // namespace tov

@@ -1,0 +1,119 @@
+#include "app/TovMain.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "common/Paths.h"
+#include "common/QVSLogger.h"
+#include "common/QVSMD5Utils.h"
+#include "support/ChildProcess.h"
+#include "support/TestFolder.h"
+
+namespace tov {
+namespace {
+
+using testing::ChildResult;
+using testing::readFile;
+using testing::runInChild;
+using testing::TestFolder;
+using testing::writeFile;
+
+constexpr uid_t kNobody = 65534;
+
+// Runs the entry sequence in a child whose paths all lie below the test's folder.
+class TovMainTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (::geteuid() != 0) GTEST_SKIP() << "the entry sequence refuses to run without root";
+    }
+
+    ChildResult run(std::vector<std::string> arguments, const std::function<void()>& after = {}) {
+        return runInChild([&] {
+            Paths::setRootForTesting(folder.path());
+            std::vector<char*> argv{const_cast<char*>("tov")};
+            for (std::string& argument : arguments) argv.push_back(argument.data());
+            const int code = runTov(static_cast<int>(argv.size()), argv.data());
+            if (after) after();
+            return code;
+        });
+    }
+
+    std::string outbox() const { return folder.path() + "/opt/Quorvel/KELD/Components/TOV/outbox"; }
+    std::string policyPath() const { return folder.path() + "/opt/Quorvel/KELD/Components/TOV/policy.json"; }
+    std::string logText() const { return readFile(folder.path() + "/opt/Quorvel/KELD/logs/tov.log"); }
+
+    TestFolder folder;
+};
+
+TEST_F(TovMainTest, EnvironmentWithoutPolicyPrintsTwoLines) {
+    const ChildResult result = run({"-e"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "Version:1.0.0.402\nOutbox:" + outbox() + "\n");
+}
+
+TEST_F(TovMainTest, EnvironmentWithPolicyAddsItsHash) {
+    const std::string policy = R"({"ScanAfterRestart": true})";
+    writeFile(policyPath(), policy);
+    const ChildResult result = run({"E"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output,
+              "Version:1.0.0.402\nOutbox:" + outbox() + "\nConfigHash:" + QVSMD5Utils::md5OfData(policy) + "\n");
+}
+
+TEST_F(TovMainTest, EnvironmentWinsOverInstallation) {
+    const ChildResult result = run({"-i", "-e"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "Version:1.0.0.402\nOutbox:" + outbox() + "\n");
+    EXPECT_EQ(logText().find("installation"), std::string::npos);
+}
+
+TEST_F(TovMainTest, ModesNotBuiltYetSayNotAvailableAndExitOne) {
+    EXPECT_EQ(run({"-i"}).exitCode, 1);
+    EXPECT_NE(logText().find("      ERROR - The installation mode is not available yet"), std::string::npos);
+    EXPECT_EQ(run({"U"}).exitCode, 1);
+    EXPECT_NE(logText().find("The uninstallation mode is not available yet"), std::string::npos);
+    EXPECT_EQ(run({"-forcefullscan"}).exitCode, 1);
+    EXPECT_NE(logText().find("The forced full scan mode is not available yet"), std::string::npos);
+}
+
+TEST_F(TovMainTest, UnknownLongSwitchesAreTheNormalRunNotTheEnvironment) {
+    const ChildResult result = run({"--e"});
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(logText().find("The daemon mode is not available yet"), std::string::npos);
+}
+
+TEST_F(TovMainTest, LoggerIsSetUpWithTheChosenLevel) {
+    const ChildResult result = run({"-e", "-ll", "DEBUG"}, [] { std::printf("%s", QVSLogger::currentMinimumLogLevel().c_str()); });
+    EXPECT_EQ(result.output.substr(result.output.rfind('\n') + 1), "DEBUG");
+}
+
+TEST_F(TovMainTest, EmptyDebugTriggerGivesInformationDespiteTheArgument) {
+    writeFile(folder.path() + "/tmp/debug_tov", "");
+    const ChildResult result = run({"-e", "-ll=DEBUG"}, [] { std::printf("%s", QVSLogger::currentMinimumLogLevel().c_str()); });
+    EXPECT_EQ(result.output.substr(result.output.rfind('\n') + 1), "INFORMATION");
+}
+
+TEST_F(TovMainTest, DebugTriggerSetsTheLevel) {
+    writeFile(folder.path() + "/tmp/debug_tov", "warning\n");
+    const ChildResult result = run({"-e"}, [] { std::printf("%s", QVSLogger::currentMinimumLogLevel().c_str()); });
+    EXPECT_EQ(result.output.substr(result.output.rfind('\n') + 1), "WARNING");
+}
+
+TEST_F(TovMainTest, NonRootUserGetsExitOneAndNothingOnStandardOutput) {
+    const ChildResult result = runInChild([&] {
+        Paths::setRootForTesting(folder.path());
+        if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) return 99;
+        char program[] = "tov";
+        char environment[] = "-e";
+        char* argv[] = {program, environment, nullptr};
+        return runTov(2, argv);
+    });
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_FALSE(std::filesystem::exists(folder.path() + "/opt"));
+}
+
+}  // namespace
+}  // namespace tov
