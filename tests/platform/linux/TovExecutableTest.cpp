@@ -2,6 +2,7 @@
 // /tmp are empty memory file systems, so the real paths can be used without touching the
 // machine's own files.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -13,11 +14,12 @@
 #include "support/ChildProcess.h"
 #include "support/TestFolder.h"
 
+extern char** environ;
+
 namespace tov {
 namespace {
 
 using testing::ChildResult;
-using testing::executeProgram;
 using testing::runInChild;
 
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
@@ -26,6 +28,15 @@ bool enterPrivateOptAndTmp() {
     return ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            ::mount("tmpfs", "/opt", "tmpfs", 0, "mode=0755") == 0 &&
            ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
+}
+
+// Replaces the child with the program opened at descriptor program.
+int executeOpenedProgram(int program, const std::vector<std::string>& arguments) {
+    std::vector<char*> argv{const_cast<char*>("tov")};
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    ::fexecve(program, argv.data(), environ);
+    return 127;
 }
 
 class TovExecutable : public ::testing::Test {
@@ -39,9 +50,11 @@ protected:
 
     ChildResult runTovInNamespace(const std::string& policy, const std::vector<std::string>& arguments) {
         return runInChild([&] {
-            if (!enterPrivateOptAndTmp()) return 126;
+            // Opened before the mounts: the build folder itself may lie below /tmp.
+            const int program = ::open(TOV_EXECUTABLE, O_RDONLY | O_CLOEXEC);
+            if (program < 0 || !enterPrivateOptAndTmp()) return 126;
             if (!policy.empty()) testing::writeFile(kPolicyPath, policy);
-            return executeProgram(TOV_EXECUTABLE, arguments);
+            return executeOpenedProgram(program, arguments);
         });
     }
 };
