@@ -17,8 +17,6 @@
 namespace tov {
 namespace {
 
-// Group 0 owns the daemon's files: it is "wheel" on macOS and root's own group on Linux.
-constexpr gid_t kDaemonGroupId = 0;
 constexpr mode_t kOwnerReadWrite = S_IRUSR | S_IWUSR;
 
 // Runs a re-entrant user or group database lookup, growing its scratch buffer on ERANGE,
@@ -55,16 +53,8 @@ std::optional<std::string> groupName(gid_t group) {
         [](const struct group& entry) { return std::string(entry.gr_name); });
 }
 
-std::optional<gid_t> wheelGroupId() {
-    return lookUp<struct group>(
-        [](struct group* entry, char* buffer, std::size_t size, struct group** found) {
-            return getgrnam_r("wheel", entry, buffer, size, found);
-        },
-        [](const struct group& entry) { return entry.gr_gid; });
-}
-
 bool isDaemonGroup(gid_t group) {
-    return group == kDaemonGroupId || group == wheelGroupId();
+    return group == QVFileUtil::kDaemonGroupId;
 }
 
 const char* itemType(mode_t mode) {
@@ -128,14 +118,14 @@ bool QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(const std::stri
     if (lstat(path.c_str(), &status) != 0) {
         return fail(error, QVFileUtilError::kNoItemAtPath, QVFileUtilMessages::noItemAtPath());
     }
-    if (lchown(path.c_str(), getuid(), kDaemonGroupId) != 0) {
+    if (lchown(path.c_str(), getuid(), QVFileUtil::kDaemonGroupId) != 0) {
         return fail(error, QVFileUtilError::kOwnerNotChanged, QVFileUtilMessages::ownerNotChanged(path, errno));
     }
     if (fchmodat(AT_FDCWD, path.c_str(), kOwnerReadWrite, AT_SYMLINK_NOFOLLOW) != 0) {
         optionallyPopulateError(error, QVFileUtilError::kPermissionsNotChanged,
                                 QVFileUtilMessages::permissionsNotChanged(path, errno));
     }
-    if (lchown(path.c_str(), static_cast<uid_t>(-1), kDaemonGroupId) != 0) {
+    if (lchown(path.c_str(), static_cast<uid_t>(-1), QVFileUtil::kDaemonGroupId) != 0) {
         optionallyPopulateError(error, QVFileUtilError::kGroupNotChanged, QVFileUtilMessages::groupNotChanged(path, errno));
     }
     return true;

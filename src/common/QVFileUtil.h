@@ -3,6 +3,8 @@
 // Ownership and permission repair and checks for the daemon's root-owned files and
 // folders, with the error vocabulary of the domain "QVFileUtilErrorDomain".
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 
@@ -34,6 +36,10 @@ using QVFileUtilErrorSlot = std::optional<QVFileUtilError>;
 
 class QVFileUtil {
 public:
+    // The group of the daemon's files: "wheel" on macOS, which is group 0 there, and
+    // root's own group 0 on Linux (a Linux "wheel" is an administrators' group).
+    static constexpr gid_t kDaemonGroupId = 0;
+
     // Makes a file or folder belong to the real user and group 0 ("wheel" on macOS) with
     // mode 0600. Does nothing and answers true when the effective user is not root. A given
     // slot is emptied first and then holds the last error met. Answers false for errors 1 to
@@ -42,7 +48,7 @@ public:
     static bool ensureReadWritePermissionsForRootUserFileAtPath(const std::string& path,
                                                                 QVFileUtilErrorSlot* error);
     // The item exists, is a folder (a symbolic link is not), and belongs to root and to
-    // group 0 or the group named "wheel". A given slot holds the error on false and is left
+    // the daemon's group. A given slot holds the error on false and is left
     // as it was on true.
     static bool isAccessiblePath(const std::string& path, QVFileUtilErrorSlot* error);
     // Fills the slot whenever one is given.

@@ -1,7 +1,6 @@
 #include "common/QVSLogger.h"
 
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -20,6 +19,7 @@
 #include <optional>
 #include <system_error>
 
+#include "common/QVFileUtil.h"
 #include "common/TextUtils.h"
 #include "platform/ProcessInfo.h"
 
@@ -142,22 +142,6 @@ bool isDirectory(const std::string& path) {
     return fs::is_directory(path, error);
 }
 
-// The group of the daemon's files: "wheel", or group 0 where the system has no "wheel".
-gid_t daemonGroupId() {
-    std::vector<char> buffer(1024);
-    while (buffer.size() <= (1u << 20)) {
-        struct group entry {};
-        struct group* found = nullptr;
-        const int result = ::getgrnam_r("wheel", &entry, buffer.data(), buffer.size(), &found);
-        if (result == ERANGE) {
-            buffer.resize(buffer.size() * 2);
-            continue;
-        }
-        return (result == 0 && found != nullptr) ? found->gr_gid : 0;
-    }
-    return 0;
-}
-
 void reportFolderCreationFailure(const std::string& folderPath) {
     const std::string message = "Could not create the log folder [" + folderPath + "]";
     ::syslog(LOG_ERR, "%s", message.c_str());
@@ -181,12 +165,12 @@ int openForAppend(const std::string& path) {
 }
 
 void repairLogFile(const std::string& path) {
-    (void)::lchown(path.c_str(), ::getuid(), daemonGroupId());
+    (void)::lchown(path.c_str(), ::getuid(), QVFileUtil::kDaemonGroupId);
     (void)::fchmodat(AT_FDCWD, path.c_str(), 0600, AT_SYMLINK_NOFOLLOW);
 }
 
 void repairLogFolder(const std::string& folderPath) {
-    (void)::chown(folderPath.c_str(), ::getuid(), daemonGroupId());
+    (void)::chown(folderPath.c_str(), ::getuid(), QVFileUtil::kDaemonGroupId);
     (void)::chmod(folderPath.c_str(), 0600);
 }
 
@@ -495,7 +479,7 @@ bool QVSLogger::lazyCreateLogfolder() {
     fs::create_directories(logger.folderPath, error);
     if (error) return false;
     if (::geteuid() == 0) {
-        const gid_t group = daemonGroupId();
+        const gid_t group = QVFileUtil::kDaemonGroupId;
         for (const fs::path& folder : created) (void)::chown(folder.c_str(), 0, group);
     }
     return true;

@@ -18,6 +18,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/QVFileUtil.h"
 #include "platform/ProcessInfo.h"
 #include "support/TestFolder.h"
 
@@ -56,10 +57,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-gid_t expectedDaemonGroup() {
-    const struct group* wheel = ::getgrnam("wheel");
-    return wheel ? wheel->gr_gid : 0;
-}
+gid_t expectedDaemonGroup() { return QVFileUtil::kDaemonGroupId; }
 
 // "<timestamp> - <process>[<pid>] - <padded level> - <message>"
 std::regex linePattern(const std::string& paddedLevel, const std::string& message) {
@@ -71,6 +69,9 @@ class QVSLoggerTest : public ::testing::Test {
 protected:
     void SetUp() override {
         QVSLogger::resetForTesting();
+        // The clock stands still during a test, so midnight cannot bring an unplanned roll.
+        const TimePoint start = std::chrono::system_clock::now();
+        QVSLogger::setClockForTesting([start] { return start; });
         root = temporary.path();
         folder = root + "/logs";
         originalDirectory = fs::current_path();
