@@ -21,8 +21,6 @@
 namespace tov {
 namespace {
 
-constexpr std::string_view kValueDictionaryKey = "value-dictionary";
-
 struct RecordMaker {
     std::string_view className;
     RecordRef (*make)();
@@ -67,7 +65,7 @@ void QVRecordFactory::encodeRecord(const QVSystemInfo& record, Dictionary& archi
 RecordRef QVRecordFactory::decodeRecord(const Dictionary& archive) {
     const Value classValue = archive.get(kClassKey);
     const std::string* className = classValue.string();
-    if (!className || !archive.get(kValueDictionaryKey).dictionary()) return nullptr;
+    if (!className || !archive.get(QVSystemInfo::kValueDictionaryCoderKey).dictionary()) return nullptr;
     RecordRef record = recordOfClass(*className);
     if (record) record->initWithCoder(archive);
     return record;

@@ -33,14 +33,14 @@ std::shared_ptr<QVSystemInfo> QVSystemInfo::copy() const {
 }
 
 void QVSystemInfo::encodeWithCoder(Dictionary& coder) const {
-    coder.set("value-dictionary", Value(innerDictionary_->deepCopy()));
-    coder.set("scan-result", Value(static_cast<std::int64_t>(scanResult_)));
+    coder.set(kValueDictionaryCoderKey, Value(innerDictionary_->deepCopy()));
+    coder.set(kScanResultCoderKey, Value(static_cast<std::int64_t>(scanResult_)));
 }
 
 void QVSystemInfo::initWithCoder(const Dictionary& coder) {
-    const DictionaryRef decoded = coder.get("value-dictionary").dictionary();
+    const DictionaryRef decoded = coder.get(kValueDictionaryCoderKey).dictionary();
     innerDictionary_ = decoded ? decoded->deepCopy() : makeDictionary();
-    scanResult_ = static_cast<std::int32_t>(coder.get("scan-result").toInt64());
+    scanResult_ = static_cast<std::int32_t>(coder.get(kScanResultCoderKey).toInt64());
 }
 
 std::shared_ptr<QVSystemInfo> QVSystemInfo::makeEmpty() const { return std::make_shared<QVSystemInfo>(); }

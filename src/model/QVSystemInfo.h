@@ -18,6 +18,9 @@ namespace tov {
 class QVSystemInfo {
 public:
     static constexpr const char* kClassName = "QVSystemInfo";
+    // The keys of the keyed coding.
+    static constexpr const char* kValueDictionaryCoderKey = "value-dictionary";
+    static constexpr const char* kScanResultCoderKey = "scan-result";
 
     QVSystemInfo();
     virtual ~QVSystemInfo() = default;
