@@ -8,11 +8,11 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "common/QVFileUtilMessages.h"
+#include "model/Json.h"
 
 namespace tov {
 namespace {
@@ -68,9 +68,7 @@ const char* itemType(mode_t mode) {
     return "unknown";
 }
 
-nlohmann::ordered_json nameOrNull(const std::optional<std::string>& name) {
-    return name ? nlohmann::ordered_json(*name) : nlohmann::ordered_json(nullptr);
-}
+Value nameOrNull(const std::optional<std::string>& name) { return name ? Value(*name) : Value(); }
 
 std::string octalPermissions(mode_t mode) {
     char text[8];
@@ -80,14 +78,14 @@ std::string octalPermissions(mode_t mode) {
 
 // A one-line description of an item's attributes for the messages of errors 10 and 11.
 std::string describeAttributes(const struct stat& status) {
-    nlohmann::ordered_json attributes;
-    attributes["type"] = itemType(status.st_mode);
-    attributes["owner"] = nameOrNull(userName(status.st_uid));
-    attributes["ownerId"] = status.st_uid;
-    attributes["group"] = nameOrNull(groupName(status.st_gid));
-    attributes["groupId"] = status.st_gid;
-    attributes["permissions"] = octalPermissions(status.st_mode);
-    return attributes.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    Dictionary attributes;
+    attributes.set("type", Value(itemType(status.st_mode)));
+    attributes.set("owner", nameOrNull(userName(status.st_uid)));
+    attributes.set("ownerId", Value(status.st_uid));
+    attributes.set("group", nameOrNull(groupName(status.st_gid)));
+    attributes.set("groupId", Value(status.st_gid));
+    attributes.set("permissions", Value(octalPermissions(status.st_mode)));
+    return writeJson(Value(std::make_shared<Dictionary>(std::move(attributes))), JsonStyle::Compact);
 }
 
 bool fail(QVFileUtilErrorSlot* error, int code, const std::string& message) {

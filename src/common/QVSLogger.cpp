@@ -164,14 +164,9 @@ int openForAppend(const std::string& path) {
     return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
 }
 
-void repairLogFile(const std::string& path) {
-    (void)::lchown(path.c_str(), ::getuid(), QVFileUtil::kDaemonGroupId);
-    (void)::fchmodat(AT_FDCWD, path.c_str(), 0600, AT_SYMLINK_NOFOLLOW);
-}
-
-void repairLogFolder(const std::string& folderPath) {
-    (void)::chown(folderPath.c_str(), ::getuid(), QVFileUtil::kDaemonGroupId);
-    (void)::chmod(folderPath.c_str(), 0600);
+// Owner the real user, the daemon's group, mode 0600, without following a link.
+void repairOwnership(const std::string& path) {
+    (void)QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path, nullptr);
 }
 
 // Opens the live file for appending; when that fails, repairs the file, then the folder, and
@@ -179,10 +174,10 @@ void repairLogFolder(const std::string& folderPath) {
 int openLogRepairingOnFailure(const std::string& path, const std::string& folderPath) {
     int descriptor = openForAppend(path);
     if (descriptor >= 0) return descriptor;
-    repairLogFile(path);
+    repairOwnership(path);
     descriptor = openForAppend(path);
     if (descriptor >= 0) return descriptor;
-    repairLogFolder(folderPath);
+    repairOwnership(folderPath);
     descriptor = openForAppend(path);
     if (descriptor >= 0) return descriptor;
     if (!isRemovableLogFolder(folderPath)) return -1;
@@ -267,13 +262,6 @@ void writeEmptyFileAtomically(const LoggerState& logger) {
     if (descriptor < 0) return;
     ::close(descriptor);
     if (std::rename(temporary.c_str(), liveLogPath(logger).c_str()) != 0) ::unlink(temporary.c_str());
-}
-
-std::string lowercasedAscii(std::string text) {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return text;
 }
 
 }  // namespace
@@ -441,7 +429,7 @@ std::int64_t QVSLogger::highestLogFileNumberInArray(const std::vector<std::strin
     std::int64_t highest = kNoGeneration;
     for (const std::string& entry : entries) {
         if (entry.size() < filename.size() + 4 || !hasPrefix(entry, filename)) continue;
-        const std::size_t extension = lowercasedAscii(entry).find(".log");
+        const std::size_t extension = asciiLowercase(entry).find(".log");
         if (extension == std::string::npos) continue;
         const std::string tail = entry.substr(extension);
         const std::size_t lastDot = tail.rfind('.');

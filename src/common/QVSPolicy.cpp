@@ -108,17 +108,15 @@ void QVSPolicy::populateDictionary(Dictionary& dictionary, const std::string& pa
     }
 }
 
-Dictionary QVSPolicy::readPolicy() const {
-    Dictionary policy;
-    populateDictionary(policy, Paths::policyFile());
-    return policy;
+Dictionary QVSPolicy::readPolicy(Dictionary defaults) const {
+    populateDictionary(defaults, Paths::policyFile());
+    return defaults;
 }
 
 double QVSPolicy::fullScanIntervalSeconds() const {
-    Dictionary policy;
-    policy.set(kFullScanIntervalHoursKey, Value(kDefaultFullScanIntervalHours));
-    populateDictionary(policy, Paths::policyFile());
-    const std::int64_t hours = policy.get(kFullScanIntervalHoursKey).toInt64();
+    Dictionary defaults;
+    defaults.set(kFullScanIntervalHoursKey, Value(kDefaultFullScanIntervalHours));
+    const std::int64_t hours = readPolicy(std::move(defaults)).get(kFullScanIntervalHoursKey).toInt64();
     std::int64_t seconds = 0;
     if (__builtin_mul_overflow(hours, std::int64_t{3600}, &seconds)) {
         seconds = hours < 0 ? INT64_MIN : INT64_MAX;

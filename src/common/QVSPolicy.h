@@ -36,7 +36,8 @@ public:
 
 private:
     QVSPolicy() = default;
-    Dictionary readPolicy() const;
+    // The policy's keys over the given defaults.
+    Dictionary readPolicy(Dictionary defaults = {}) const;
 };
 
 }  // namespace tov

@@ -62,13 +62,15 @@ std::string decodeJavaEscapes(std::string text) {
     return decoded;
 }
 
-bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    if (left.size() != right.size()) return false;
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        auto lower = [](char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; };
-        if (lower(left[i]) != lower(right[i])) return false;
+std::string asciiLowercase(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    return true;
+    return text;
+}
+
+bool equalsIgnoringCase(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && asciiLowercase(std::string(left)) == asciiLowercase(std::string(right));
 }
 
 bool hasPrefix(std::string_view text, std::string_view prefix) {

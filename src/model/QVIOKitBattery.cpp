@@ -1,8 +1,5 @@
 #include "model/QVIOKitBattery.h"
 
-#include <cmath>
-#include <limits>
-
 namespace tov {
 namespace {
 
@@ -10,18 +7,6 @@ constexpr std::string_view kNameKey = "name";
 constexpr std::string_view kSerialNoKey = "serialNumber";
 constexpr std::string_view kCapacityKey = "capacity";
 constexpr std::string_view kEstimatedRunTimeKey = "estimatedChargeRemaining";
-
-// The float as a 32-bit integer, truncated toward zero; out-of-range values are held at
-// the limits and NaN counts as 0, where a plain conversion would be undefined.
-std::int32_t truncatedTowardZero(float number) {
-    if (std::isnan(number)) return 0;
-    constexpr double lowest = std::numeric_limits<std::int32_t>::min();
-    constexpr double highest = std::numeric_limits<std::int32_t>::max();
-    const double truncated = std::trunc(static_cast<double>(number));
-    if (truncated <= lowest) return std::numeric_limits<std::int32_t>::min();
-    if (truncated >= highest) return std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(truncated);
-}
 
 }  // namespace
 
@@ -34,7 +19,7 @@ std::optional<std::string> QVIOKitBattery::serialNo() const { return stringForKe
 void QVIOKitBattery::setSerialNo(std::optional<std::string_view> serialNo) { setStringValue(serialNo, kSerialNoKey); }
 
 float QVIOKitBattery::capacity() const { return static_cast<float>(valueForKey(kCapacityKey).toDouble()); }
-void QVIOKitBattery::setCapacity(float capacity) { setValue(kCapacityKey, Value(truncatedTowardZero(capacity))); }
+void QVIOKitBattery::setCapacity(float capacity) { setValue(kCapacityKey, Value(clampedInteger<std::int32_t>(capacity))); }
 
 std::int64_t QVIOKitBattery::estimatedRunTime() const { return valueForKey(kEstimatedRunTimeKey).toInt64(); }
 void QVIOKitBattery::setEstimatedRunTime(std::int64_t estimatedRunTime) {

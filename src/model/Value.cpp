@@ -1,28 +1,8 @@
 #include "model/Value.h"
 
-#include <cmath>
-#include <limits>
-
 #include "model/QVSystemInfo.h"
 
 namespace tov {
-namespace {
-
-// Converts a double to an integer type, clamped to its range (NaN gives 0), so that a
-// hostile number in a document cannot make the conversion undefined.
-template <class Integer>
-Integer clampedInteger(double number) {
-    if (std::isnan(number)) return 0;
-    if (number <= static_cast<double>(std::numeric_limits<Integer>::min())) {
-        return std::numeric_limits<Integer>::min();
-    }
-    if (number >= static_cast<double>(std::numeric_limits<Integer>::max())) {
-        return std::numeric_limits<Integer>::max();
-    }
-    return static_cast<Integer>(number);
-}
-
-}  // namespace
 
 Value::Value(ArrayRef value) : data_(std::move(value)) {}
 Value::Value(DictionaryRef value) : data_(std::move(value)) {}

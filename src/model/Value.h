@@ -5,7 +5,9 @@
 // very records of both trees). Dictionaries keep their insertion order, so one inventory
 // always gives the same bytes.
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -131,6 +133,20 @@ private:
     std::vector<Entry> entries_;
     std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> index_;
 };
+
+// A floating-point number as an integer type, truncated toward zero and clamped to the
+// type's range (NaN gives 0), so that a hostile number cannot make the conversion undefined.
+template <class Integer>
+Integer clampedInteger(double number) {
+    if (std::isnan(number)) return 0;
+    if (number <= static_cast<double>(std::numeric_limits<Integer>::min())) {
+        return std::numeric_limits<Integer>::min();
+    }
+    if (number >= static_cast<double>(std::numeric_limits<Integer>::max())) {
+        return std::numeric_limits<Integer>::max();
+    }
+    return static_cast<Integer>(number);
+}
 
 ArrayRef makeArray(Array values = {});
 DictionaryRef makeDictionary();
