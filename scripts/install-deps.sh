@@ -8,6 +8,7 @@ debian_packages=(
   nlohmann-json3-dev libplist-dev libzip-dev libssl-dev libicu-dev
   libcurl4-openssl-dev libcups2-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  clang libclang-rt-14-dev
   zip unzip util-linux
 )
 homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
