@@ -89,9 +89,8 @@ Dictionary QVSSettings::readSettings() const {
     }
 }
 
-// The permission repair runs before the write, so a file created here keeps the mode it
-// was written with until the next read repairs it, and a file that did not exist yet
-// leaves the "no item" error: that save answers false although the file was written.
+// The permission repair of an existing file runs before the write; a new file is written
+// with mode 0600 and gets its group on the next read.
 bool QVSSettings::saveSettings() {
     std::lock_guard<std::recursive_mutex> guard(lock_);
     try {
@@ -217,7 +216,11 @@ void QVSSettings::recordString(const char* key, std::optional<std::string_view> 
     }
 }
 
+// Only an existing item is repaired: a settings file that is not there yet (a new
+// installation) is nothing to report, and its first save must not fail for it.
 std::optional<int> QVSSettings::repairPermissions() const {
+    struct stat status {};
+    if (::lstat(path_.c_str(), &status) != 0) return std::nullopt;
     QVFileUtilErrorSlot error;
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path_, &error);
     if (!error) return std::nullopt;
