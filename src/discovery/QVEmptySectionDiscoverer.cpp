@@ -1,0 +1,9 @@
+#include "discovery/QVEmptySectionDiscoverer.h"
+
+#include <utility>
+
+namespace tov {
+
+QVEmptySectionDiscoverer::QVEmptySectionDiscoverer(std::string sourceName) : sourceName_(std::move(sourceName)) {}
+
+}  // namespace tov
