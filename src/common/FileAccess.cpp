@@ -85,6 +85,32 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
+// A fresh file in destination's folder holding bytes, flushed to disk; its path, or "".
+std::string writeFreshSibling(const std::string& destination, std::string_view bytes) {
+    std::vector<char> temporary(destination.begin(), destination.end());
+    for (const char c : std::string_view(".XXXXXX")) temporary.push_back(c);
+    temporary.push_back('\0');
+    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (file.get() < 0) return "";
+    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    if (!file.close() || !written) {
+        ::unlink(temporary.data());
+        return "";
+    }
+    return temporary.data();
+}
+
+// Hard-linking refuses an existing destination, which is the no-overwrite rule.
+bool copyAcrossFileSystems(const std::string& source, const std::string& destination) {
+    const std::optional<std::string> bytes = readWholeFile(source, UINT64_MAX);
+    if (!bytes) return false;
+    const std::string sibling = writeFreshSibling(destination, *bytes);
+    if (sibling.empty()) return false;
+    const bool linked = ::link(sibling.c_str(), destination.c_str()) == 0;
+    ::unlink(sibling.c_str());
+    return linked;
+}
+
 }  // namespace
 
 std::uint64_t regularFileSize(const std::string& path) {
@@ -116,21 +142,24 @@ std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t 
 }
 
 bool writeFileAtomically(const std::string& path, std::string_view bytes, int* errorCode) {
-    std::vector<char> temporary(path.begin(), path.end());
-    for (const char c : std::string_view(".XXXXXX")) temporary.push_back(c);
-    temporary.push_back('\0');
-    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (file.get() < 0) {
+    const std::string temporary = writeFreshSibling(path, bytes);
+    if (temporary.empty()) {
         setCode(errorCode, writeErrorCode(errno));
         return false;
     }
-    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
-    const int writeError = errno;
-    if (!file.close() || !written || ::rename(temporary.data(), path.c_str()) != 0) {
-        setCode(errorCode, writeErrorCode(written ? errno : writeError));
-        ::unlink(temporary.data());
+    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+        setCode(errorCode, writeErrorCode(errno));
+        ::unlink(temporary.c_str());
         return false;
     }
+    return true;
+}
+
+bool moveFileWithoutReplacing(const std::string& source, const std::string& destination) {
+    if (::link(source.c_str(), destination.c_str()) != 0) {
+        if (errno != EXDEV || !copyAcrossFileSystems(source, destination)) return false;
+    }
+    ::unlink(source.c_str());
     return true;
 }
 

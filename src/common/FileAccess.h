@@ -39,6 +39,11 @@ std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t 
 // when any step fails; the old file is then left as it was.
 bool writeFileAtomically(const std::string& path, std::string_view bytes, int* errorCode = nullptr);
 
+// Moves the file at source to destination, which must not exist yet (an existing file
+// there is kept and the move fails). Across file systems the bytes are copied into a fresh
+// file beside destination first, so destination appears whole or not at all.
+bool moveFileWithoutReplacing(const std::string& source, const std::string& destination);
+
 // Removes a file or symbolic link at path (never a folder's contents); true when nothing
 // is there afterwards.
 bool removeFile(const std::string& path);

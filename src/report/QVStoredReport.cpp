@@ -1,0 +1,75 @@
+#include "report/QVStoredReport.h"
+
+#include "common/FileAccess.h"
+#include "common/Paths.h"
+#include "common/QVSLogger.h"
+#include "common/StringData.h"
+#include "report/QVHardwareReportJsonReader.h"
+#include "report/QVHardwareReportJsonWriter.h"
+
+namespace tov {
+namespace {
+
+void putFileError(QVFileUtilErrorSlot* error, int code) {
+    if (!error) return;
+    QVFileUtilError filled;
+    filled.domain = QVStoredReport::kFileErrorDomain;
+    filled.code = code;
+    *error = std::move(filled);
+}
+
+bool isMissingFileCode(int code) {
+    return code == FileErrorCode::kNoSuchFile || code == FileErrorCode::kReadNoSuchFile;
+}
+
+}  // namespace
+
+std::optional<std::string> QVStoredReport::readPreviousReport(QVFileUtilErrorSlot* error) const {
+    const std::string path = Paths::previousReport();
+    if (regularFileSize(path) > kMaximumReportBytes) return std::string();
+    int code = 0;
+    std::optional<std::string> bytes = readWholeFile(path, kMaximumReportBytes, &code);
+    if (!bytes) putFileError(error, code);
+    return bytes;
+}
+
+void QVStoredReport::loadPreviousReportData() {
+    const std::optional<std::string> bytes = readPreviousReport(nullptr);
+    if (!bytes || bytes->empty() || !isValidStringData(*bytes)) return;
+    previousDataInMemory_ = *bytes;
+    QVSLogger::information("Load previous report.");
+}
+
+DictionaryRef QVStoredReport::getFullReportFromDisk() {
+    QVFileUtilErrorSlot error;
+    std::optional<std::string> bytes = readPreviousReport(&error);
+    bool restored = false;
+    if (!bytes && isMissingFileCode(error->code) && !previousDataInMemory_.empty() &&
+        writeFileAtomically(Paths::previousReport(), previousDataInMemory_)) {
+        QVSLogger::information("Restore previous report.");
+        bytes = previousDataInMemory_;
+        restored = true;
+    }
+    if (!bytes) QVSLogger::information("Could not read the previous scan data. Error code = [%d]", error->code);
+    if (!bytes || bytes->empty()) return nullptr;
+    if (isValidStringData(*bytes)) return QVHardwareReportJsonReader::hardwareDictionaryWithJsonContent(*bytes);
+    if (restored) previousDataInMemory_.clear();
+    return nullptr;
+}
+
+bool QVStoredReport::saveFullReportToDisk(const DictionaryRef& inventory, QVFileUtilErrorSlot* error) {
+    const std::string path = Paths::previousReport();
+    removeFile(path);
+    const std::optional<std::string> json = QVHardwareReportJsonWriter::jsonContentOfHardware(inventory);
+    int code = FileErrorCode::kWriteUnknown;
+    if (!json || !writeFileAtomically(path, *json, &code)) {
+        putFileError(error, code);
+        return false;
+    }
+    QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path, nullptr);
+    previousDataInMemory_.clear();
+    previousDataInMemory_ = readPreviousReport(nullptr).value_or(std::string());
+    return true;
+}
+
+}  // namespace tov
