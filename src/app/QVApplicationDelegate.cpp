@@ -1,7 +1,10 @@
 #include "app/QVApplicationDelegate.h"
 
+#include <cstdio>
+
 #include "common/Paths.h"
 #include "common/QVSPolicy.h"
+#include "report/QVSReport.h"
 
 namespace tov {
 
@@ -11,6 +14,12 @@ std::string QVApplicationDelegate::environment() const {
     const std::string configHash = QVSPolicy::sharedPolicy().md5();
     if (!configHash.empty()) text += "ConfigHash:" + configHash + "\n";
     return text;
+}
+
+void QVApplicationDelegate::forceFullScan() {
+    std::fputs("Force Full Scan.\n", stdout);
+    std::fflush(stdout);
+    QVSReport::sharedManager().reportHardwareForced();
 }
 
 }  // namespace tov

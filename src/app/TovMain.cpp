@@ -47,7 +47,10 @@ int dispatch(const QVSAppArgument& arguments, QVApplicationDelegate& delegate) {
     }
     if (arguments.isInstallationCall()) return refuseUnavailableMode("installation");
     if (arguments.isUninstallationCall()) return refuseUnavailableMode("uninstallation");
-    if (isForcedFullScanCall(arguments)) return refuseUnavailableMode("forced full scan");
+    if (isForcedFullScanCall(arguments)) {
+        delegate.forceFullScan();
+        return 0;
+    }
     return refuseUnavailableMode("daemon");
 }
 

@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "report/QVSReport.h"
 #include "support/ChildProcess.h"
 #include "support/TestFolder.h"
 
@@ -27,11 +31,13 @@ class TovMainTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (::geteuid() != 0) GTEST_SKIP() << "the entry sequence refuses to run without root";
+        folder.makeFolder("tmp");
     }
 
     ChildResult run(std::vector<std::string> arguments, const std::function<void()>& after = {}) {
         return runInChild([&] {
             Paths::setRootForTesting(folder.path());
+            QVSReport::resetForTesting();  // the manager this process may have made under another root
             std::vector<char*> argv{const_cast<char*>("tov")};
             for (std::string& argument : arguments) argv.push_back(argument.data());
             const int code = runTov(static_cast<int>(argv.size()), argv.data());
@@ -74,8 +80,28 @@ TEST_F(TovMainTest, ModesNotBuiltYetSayNotAvailableAndExitOne) {
     EXPECT_NE(logText().find("      ERROR - The installation mode is not available yet"), std::string::npos);
     EXPECT_EQ(run({"U"}).exitCode, 1);
     EXPECT_NE(logText().find("The uninstallation mode is not available yet"), std::string::npos);
-    EXPECT_EQ(run({"-forcefullscan"}).exitCode, 1);
-    EXPECT_NE(logText().find("The forced full scan mode is not available yet"), std::string::npos);
+}
+
+TEST_F(TovMainTest, ForcedFullScanSaysSoStoresTheInventoryAndHoldsTheFirstReportBack) {
+    const ChildResult result = run({"-forcefullscan"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "Force Full Scan.\n");
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path() + "/opt/Quorvel/KELD/Components/TOV/.delta/previous.json"));
+    EXPECT_TRUE(std::filesystem::is_empty(outbox()));
+    EXPECT_NE(logText().find("scanType is None, No report written."), std::string::npos);
+}
+
+TEST_F(TovMainTest, SecondForcedFullScanHandsOverAFullReport) {
+    ASSERT_EQ(run({"forcefullscan"}).exitCode, 0);
+    ASSERT_EQ(run({"ForceFullScan"}).exitCode, 0);
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(outbox())) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    ASSERT_EQ(names.size(), 2u) << logText();
+    EXPECT_TRUE(names[0].ends_with(".hdr"));
+    EXPECT_TRUE(names[1].ends_with(".zip"));
+    EXPECT_EQ(readFile(outbox() + "/" + names[0]),
+              R"(X-NG-metadata: {"scanType":"full","Component":"TOV","Version":"1.0.0.402"})");
 }
 
 TEST_F(TovMainTest, UnknownLongSwitchesAreTheNormalRunNotTheEnvironment) {

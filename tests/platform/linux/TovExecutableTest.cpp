@@ -6,9 +6,14 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "common/QVSMD5Utils.h"
 #include "support/ChildProcess.h"
@@ -23,6 +28,7 @@ using testing::ChildResult;
 using testing::runInChild;
 
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
+constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
 
 bool enterPrivateOptAndTmp() {
     return ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
@@ -37,6 +43,29 @@ int executeOpenedProgram(int program, const std::vector<std::string>& arguments)
     argv.push_back(nullptr);
     ::fexecve(program, argv.data(), environ);
     return 127;
+}
+
+// Runs the program to its end in a child of this process; answers its exit code.
+int runOpenedProgram(int program, const std::vector<std::string>& arguments) {
+    std::fflush(stdout);
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(executeOpenedProgram(program, arguments));
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+    return WEXITSTATUS(status);
+}
+
+// The names in a folder, sorted, one per line.
+std::string listing(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    std::string text;
+    for (const std::string& name : names) text += name + "\n";
+    return text;
 }
 
 class TovExecutable : public ::testing::Test {
@@ -76,6 +105,31 @@ TEST_F(TovExecutable, EnvironmentWithPolicyAddsTheConfigHash) {
 TEST_F(TovExecutable, PolicyWithoutAnyKnownKeyGivesNoConfigHash) {
     const ChildResult result = runTovInNamespace(R"({"Unrelated": 1})", {"-e"});
     EXPECT_EQ(result.output, "Version:1.0.0.402\nOutbox:/opt/Quorvel/KELD/Components/TOV/outbox\n");
+}
+
+// A new machine: the first forced scan only stores the inventory; the second hands over
+// one archive and its header.
+TEST_F(TovExecutable, TwoForcedScansLeaveOneArchiveAndOneHeaderInTheOutbox) {
+    const ChildResult result = runInChild([] {
+        const int program = ::open(TOV_EXECUTABLE, O_RDONLY | O_CLOEXEC);
+        if (program < 0 || !enterPrivateOptAndTmp()) return 126;
+        if (runOpenedProgram(program, {"forcefullscan"}) != 0) return 1;
+        std::printf("after first:\n%s", listing(kOutboxPath).c_str());
+        if (!std::filesystem::is_regular_file("/opt/Quorvel/KELD/Components/TOV/.delta/previous.json")) return 2;
+        if (runOpenedProgram(program, {"forcefullscan"}) != 0) return 3;
+        std::printf("after second:\n%s", listing(kOutboxPath).c_str());
+        return 0;
+    });
+    ASSERT_EQ(result.exitCode, 0) << result.output;
+    const std::string firstPart = "Force Full Scan.\nafter first:\nForce Full Scan.\nafter second:\n";
+    ASSERT_EQ(result.output.substr(0, firstPart.size()), firstPart) << result.output;
+    const std::string names = result.output.substr(firstPart.size());
+    ASSERT_EQ(std::count(names.begin(), names.end(), '\n'), 2) << names;
+    // Sorted: the header's name comes first.
+    const std::string header = names.substr(0, names.find('\n'));
+    const std::string archive = names.substr(names.find('\n') + 1);
+    EXPECT_TRUE(header.starts_with("hardware.json-") && header.ends_with(".hdr")) << header;
+    EXPECT_EQ(archive, header.substr(0, header.size() - 3) + "zip\n");
 }
 
 }  // namespace
