@@ -67,8 +67,8 @@ bool QVStoredReport::saveFullReportToDisk(const DictionaryRef& inventory, QVFile
         return false;
     }
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path, nullptr);
-    previousDataInMemory_.clear();
-    previousDataInMemory_ = readPreviousReport(nullptr).value_or(std::string());
+    // The bytes just written are the new in-memory copy; reading them back would add nothing.
+    previousDataInMemory_ = *json;
     return true;
 }
 
