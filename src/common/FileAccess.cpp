@@ -113,6 +113,16 @@ bool copyAcrossFileSystems(const std::string& source, const std::string& destina
 
 }  // namespace
 
+bool itemExists(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+bool isRegularFileItem(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 std::uint64_t regularFileSize(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;

@@ -24,6 +24,11 @@ struct FileErrorCode {
     static constexpr int kWriteVolumeReadOnly = 642;
 };
 
+// Something (a file, folder or symbolic link) stands at path; a link is not followed.
+bool itemExists(const std::string& path);
+// A regular file stands at path itself (a symbolic link to one does not count).
+bool isRegularFileItem(const std::string& path);
+
 // The size of the regular file at path (a symbolic link is not followed); 0 when there is
 // none.
 std::uint64_t regularFileSize(const std::string& path);

@@ -19,6 +19,7 @@
 #include <optional>
 #include <system_error>
 
+#include "common/FileAccess.h"
 #include "common/QVFileUtil.h"
 #include "common/TextUtils.h"
 #include "platform/ProcessInfo.h"
@@ -132,11 +133,6 @@ std::string generationPath(const LoggerState& logger, std::int64_t number) {
     return liveLogPath(logger) + "." + std::to_string(number);
 }
 
-bool entryExists(const std::string& path) {
-    struct stat info {};
-    return ::lstat(path.c_str(), &info) == 0;
-}
-
 bool isDirectory(const std::string& path) {
     std::error_code error;
     return fs::is_directory(path, error);
@@ -151,7 +147,7 @@ void reportFolderCreationFailure(const std::string& folderPath) {
 // The folders of path that do not exist yet, deepest first.
 std::vector<fs::path> missingFolders(const fs::path& path) {
     std::vector<fs::path> missing;
-    for (fs::path folder = path; !folder.empty() && !entryExists(folder.string()); folder = folder.parent_path()) {
+    for (fs::path folder = path; !folder.empty() && !itemExists(folder.string()); folder = folder.parent_path()) {
         missing.push_back(folder);
         if (folder == folder.parent_path()) break;
     }
@@ -250,7 +246,7 @@ bool isBeyondLastGeneration(std::int64_t number, std::int64_t maximumLogFileCoun
 
 // A move never replaces an existing target.
 void moveWithoutReplacing(const std::string& source, const std::string& target) {
-    if (entryExists(target)) return;
+    if (itemExists(target)) return;
     (void)std::rename(source.c_str(), target.c_str());
 }
 
@@ -367,7 +363,7 @@ bool QVSLogger::outputMessage(const std::string& message, const std::string& pad
 
     const std::string path = liveLogPath(logger);
     bool dropLine = false;
-    if (!entryExists(path) && !lazyCreateLogfolder()) {
+    if (!itemExists(path) && !lazyCreateLogfolder()) {
         reportFolderCreationFailure(logger.folderPath);
         dropLine = true;
     }

@@ -219,8 +219,7 @@ void QVSSettings::recordString(const char* key, std::optional<std::string_view> 
 // Only an existing item is repaired: a settings file that is not there yet (a new
 // installation) is nothing to report, and its first save must not fail for it.
 std::optional<int> QVSSettings::repairPermissions() const {
-    struct stat status {};
-    if (::lstat(path_.c_str(), &status) != 0) return std::nullopt;
+    if (!itemExists(path_)) return std::nullopt;
     QVFileUtilErrorSlot error;
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(path_, &error);
     if (!error) return std::nullopt;

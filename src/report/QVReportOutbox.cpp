@@ -1,6 +1,5 @@
 #include "report/QVReportOutbox.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <ctime>
@@ -23,16 +22,6 @@ namespace {
 constexpr std::uint64_t kMaximumReportBytes = 104857600;
 
 std::string fileName(const std::string& path) { return std::filesystem::path(path).filename().string(); }
-
-bool isRegularFile(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
-
-bool exists(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0;
-}
 
 const char* scanTypeName(QVScanType scanType) {
     switch (scanType) {
@@ -61,7 +50,7 @@ void writeHeader(const std::string& headerPath, QVScanType scanType) {
 // The archive goes first: the collecting agent takes a header as the sign that its
 // archive is complete.
 void moveIntoOutbox(const std::string& archivePath, const std::string& headerPath) {
-    if (!isRegularFile(archivePath) || !isRegularFile(headerPath)) return;
+    if (!isRegularFileItem(archivePath) || !isRegularFileItem(headerPath)) return;
     const std::string outbox = Paths::outboxFolder();
     moveFileWithoutReplacing(archivePath, outbox + "/" + fileName(archivePath));
     moveFileWithoutReplacing(headerPath, outbox + "/" + fileName(headerPath));
@@ -107,7 +96,7 @@ std::string QVReportOutbox::headerLine(QVScanType scanType) {
 void QVReportOutbox::compressReportFileWithScanType(QVScanType scanType,
                                                      std::chrono::system_clock::time_point date) {
     const std::string archivePath = Paths::archiveStagingFolder() + "/" + archiveNameForDate(date);
-    if (!exists(Paths::temporaryReport())) {
+    if (!itemExists(Paths::temporaryReport())) {
         QVSLogger::error("The was no file to compress.");
         return;
     }
@@ -138,7 +127,7 @@ bool QVReportOutbox::lazyCreateOutboxAndDeltaFolders() {
 
 void QVReportOutbox::clearOutbox() {
     const std::string outbox = Paths::outboxFolder();
-    if (!exists(outbox)) return;
+    if (!itemExists(outbox)) return;
     QVSLogger::debug("Proceeding to remove the outbox in order to clear it.");
     std::error_code error;
     std::filesystem::remove_all(outbox, error);
