@@ -1,12 +1,15 @@
 #include "common/QVSCommand.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <algorithm>
 #include <exception>
 
 #include "platform/CloseOnExecPipe.h"
@@ -132,14 +135,39 @@ std::string readToEnd(int descriptor) {
     }
 }
 
+// Spawn attributes that put the child at the head of a new process group, so that the
+// group can be ended as a whole.
+class OwnProcessGroup {
+public:
+    OwnProcessGroup() {
+        initialised_ = posix_spawnattr_init(&attributes_) == 0;
+        ready_ = initialised_ && posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP) == 0 &&
+                 posix_spawnattr_setpgroup(&attributes_, 0) == 0;
+    }
+    ~OwnProcessGroup() {
+        if (initialised_) posix_spawnattr_destroy(&attributes_);
+    }
+    OwnProcessGroup(const OwnProcessGroup&) = delete;
+    OwnProcessGroup& operator=(const OwnProcessGroup&) = delete;
+
+    bool ready() const { return ready_; }
+    const posix_spawnattr_t* get() const { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_{};
+    bool initialised_ = false;
+    bool ready_ = false;
+};
+
 std::optional<pid_t> spawn(const std::string& path, const std::vector<std::string>& arguments,
-                           const ChildFileActions& actions) {
+                           const ChildFileActions& actions, const posix_spawnattr_t* attributes = nullptr) {
     std::vector<char*> argumentVector;
     argumentVector.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) argumentVector.push_back(const_cast<char*>(argument.c_str()));
     argumentVector.push_back(nullptr);
     pid_t child = -1;
-    const int result = posix_spawn(&child, path.c_str(), actions.get(), nullptr, argumentVector.data(), environ);
+    const int result =
+        posix_spawn(&child, path.c_str(), actions.get(), attributes, argumentVector.data(), environ);
     if (result != 0) {
         errno = result;
         return std::nullopt;
@@ -162,6 +190,52 @@ std::optional<std::string> captureOutput(const std::string& path, const std::vec
     if (!child) return std::nullopt;
     ChildReaper reaper(*child, pipe);
     return readToEnd(pipe.readEnd);
+}
+
+using SteadyClock = std::chrono::steady_clock;
+
+// Reads until end of output, the deadline or more than outputLimit bytes; answers how the
+// reading ended.
+QVSCommand::RunEnd readWithinLimits(int descriptor, SteadyClock::time_point deadline, std::size_t outputLimit,
+                                    std::string& output) {
+    char chunk[16384];
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - SteadyClock::now());
+        if (left.count() <= 0) return QVSCommand::RunEnd::TimedOut;
+        pollfd waiting{descriptor, POLLIN, 0};
+        const int ready = poll(&waiting, 1, static_cast<int>(std::min<long long>(left.count(), 60000)));
+        if (ready == -1 && errno != EINTR) return QVSCommand::RunEnd::Finished;
+        if (ready <= 0) continue;
+        const ssize_t count = read(descriptor, chunk, sizeof chunk);
+        if (count == 0 || (count == -1 && errno != EINTR && errno != EAGAIN)) return QVSCommand::RunEnd::Finished;
+        if (count < 0) continue;
+        output.append(chunk, static_cast<std::size_t>(count));
+        if (output.size() > outputLimit) return QVSCommand::RunEnd::OutputTooLarge;
+    }
+}
+
+std::optional<std::string> captureOutputWithinLimits(const std::string& path, const std::vector<std::string>& arguments,
+                                                     std::chrono::milliseconds timeLimit, std::size_t outputLimit,
+                                                     QVSCommand::RunEnd& end) {
+    end = QVSCommand::RunEnd::NotStarted;
+    const SteadyClock::time_point deadline = SteadyClock::now() + timeLimit;
+    OutputPipe pipe;
+    if (!pipe.open()) return std::nullopt;
+    std::optional<pid_t> child;
+    {
+        ChildFileActions actions(pipe.writeEnd);
+        OwnProcessGroup group;
+        if (!actions.ready() || !group.ready()) return std::nullopt;
+        child = spawn(path, arguments, actions, group.get());
+    }
+    pipe.closeWriteEnd();
+    if (!child) return std::nullopt;
+    ChildReaper reaper(*child, pipe);
+    std::string output;
+    end = readWithinLimits(pipe.readEnd, deadline, outputLimit, output);
+    if (end == QVSCommand::RunEnd::Finished) return output;
+    kill(-*child, SIGKILL);
+    return std::nullopt;
 }
 
 std::optional<std::string> logExceptionAndGiveNothing(const std::exception& exception) {
@@ -188,6 +262,23 @@ std::optional<std::string> QVSCommand::runProgram(const std::string& program,
     } catch (const std::exception& exception) {
         return logExceptionAndGiveNothing(exception);
     }
+}
+
+std::optional<std::string> QVSCommand::runProgramWithLimits(const std::string& program,
+                                                            const std::vector<std::string>& arguments,
+                                                            std::chrono::milliseconds timeLimit,
+                                                            std::size_t outputLimit, RunEnd* end) {
+    RunEnd ending = RunEnd::NotStarted;
+    std::optional<std::string> output;
+    try {
+        std::vector<std::string> argumentVector{program};
+        argumentVector.insert(argumentVector.end(), arguments.begin(), arguments.end());
+        output = captureOutputWithinLimits(program, argumentVector, timeLimit, outputLimit, ending);
+    } catch (const std::exception& exception) {
+        output = logExceptionAndGiveNothing(exception);
+    }
+    if (end != nullptr) *end = ending;
+    return output;
 }
 
 }  // namespace tov

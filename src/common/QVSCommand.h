@@ -2,6 +2,8 @@
 
 // Runs system tools and returns what they printed on standard output.
 
+#include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,7 +25,18 @@ public:
     static std::optional<std::string> runProgram(const std::string& program,
                                                  const std::vector<std::string>& arguments = {});
 
-    // Both forms: standard input reads /dev/null, standard error is the daemon's own, the
+    // How a run with limits ended.
+    enum class RunEnd { Finished, NotStarted, TimedOut, OutputTooLarge };
+
+    // runProgram, but the program is started in a process group of its own, and that
+    // group is killed when the run lasts longer than timeLimit or prints more than
+    // outputLimit bytes; the output is then nothing. end, when given, says which it was.
+    static std::optional<std::string> runProgramWithLimits(const std::string& program,
+                                                           const std::vector<std::string>& arguments,
+                                                           std::chrono::milliseconds timeLimit,
+                                                           std::size_t outputLimit, RunEnd* end = nullptr);
+
+    // All forms: standard input reads /dev/null, standard error is the daemon's own, the
     // exit status is not examined, and the call blocks until the child has ended. Several
     // threads may run commands at once.
 };
