@@ -1,0 +1,27 @@
+#include "platform/NativeFacts.h"
+
+#include <map>
+#include <string_view>
+
+#include "discovery/SystemFacts.h"
+
+namespace tov {
+namespace {
+
+using FactFunction = Value (*)(const std::string&);
+
+const std::map<std::string_view, FactFunction>& factFunctions() {
+    static const std::map<std::string_view, FactFunction> functions{};
+    return functions;
+}
+
+}  // namespace
+
+Value nativeFact(const std::string& name, const std::string& key) {
+    const auto found = factFunctions().find(name);
+    return found == factFunctions().end() ? Value() : found->second(key);
+}
+
+const char* hostPlatformName() { return "linux"; }
+
+}  // namespace tov

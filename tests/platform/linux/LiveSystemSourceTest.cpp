@@ -1,0 +1,61 @@
+#include "platform/LiveSystemSource.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "support/TestFolder.h"
+
+namespace tov {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::TestFolder;
+
+TEST(LiveSystemSource, ReadsFilesThroughLinksWithinTheirBound) {
+    TestFolder folder;
+    folder.write("real", "content");
+    std::filesystem::create_symlink("real", folder.file("link"));
+    LiveSystemSource source;
+    EXPECT_EQ(source.platform(), "linux");
+    EXPECT_EQ(source.readFile(folder.file("link"), 100), "content");
+    EXPECT_EQ(source.readFile(folder.file("real"), 7), "content");
+    EXPECT_FALSE(source.readFile(folder.file("real"), 6));
+    EXPECT_FALSE(source.readFile(folder.path(), 100));
+    EXPECT_EQ(source.readLink(folder.file("link")), "real");
+    EXPECT_EQ(source.pathKind(folder.file("link")), PathKind::Link);
+    EXPECT_EQ(source.listFolder(folder.path()), (std::vector<std::string>{"link", "real"}));
+}
+
+TEST(LiveSystemSource, ProcFilesWithoutASizeAreReadWhole) {
+    LiveSystemSource source;
+    const auto meminfo = source.readFile("/proc/meminfo", 1 << 20);
+    ASSERT_TRUE(meminfo);
+    EXPECT_NE(meminfo->find("MemTotal:"), std::string::npos);
+}
+
+TEST(LiveSystemSource, AFifoOrALinkLoopGivesNothingAtOnce) {
+    TestFolder folder;
+    ASSERT_EQ(mkfifo(folder.file("fifo").c_str(), 0600), 0);
+    std::filesystem::create_symlink("loop", folder.file("loop"));
+    LiveSystemSource source;
+    EXPECT_FALSE(source.readFile(folder.file("fifo"), 100));
+    EXPECT_FALSE(source.readFile(folder.file("loop"), 100));
+    EXPECT_FALSE(source.listFolder(folder.file("loop")));
+}
+
+TEST(LiveSystemSource, AHungToolIsEndedAfterTheTimeLimit) {
+    LiveSystemSource source(300ms);
+    const auto started = std::chrono::steady_clock::now();
+    EXPECT_FALSE(source.runTool({"/bin/sleep", "30"}));
+    EXPECT_LT(std::chrono::steady_clock::now() - started, 10s);
+    EXPECT_EQ(source.runTool({"/bin/echo", "a b"}), "a b\n");
+    EXPECT_FALSE(source.runTool({"echo", "not a path"}));
+    EXPECT_FALSE(source.runTool({}));
+}
+
+}  // namespace
+}  // namespace tov
