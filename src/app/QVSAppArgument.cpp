@@ -33,6 +33,7 @@ QVSAppArgument::QVSAppArgument(std::vector<std::string> arguments) : arguments_(
 bool QVSAppArgument::isEnvironmentCall() const { return containsEither("-e", "e"); }
 bool QVSAppArgument::isInstallationCall() const { return containsEither("-i", "i"); }
 bool QVSAppArgument::isUninstallationCall() const { return containsEither("-u", "u"); }
+bool QVSAppArgument::isPrintCall() const { return containsEither("-p", "p"); }
 
 bool QVSAppArgument::containArgumentFlag(const std::string& flag) const {
     for (const std::string& argument : arguments_) {

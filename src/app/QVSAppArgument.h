@@ -19,6 +19,7 @@ public:
     bool isEnvironmentCall() const;     // "-e" or "e"
     bool isInstallationCall() const;    // "-i" or "i"
     bool isUninstallationCall() const;  // "-u" or "u"
+    bool isPrintCall() const;           // "-p" or "p"
     // A whole argument equal to flag, ignoring letter case.
     bool containArgumentFlag(const std::string& flag) const;
     // The level of "-ll=LEVEL", "ll=LEVEL", or "-ll"/"ll" followed by LEVEL.

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "app/InventoryPrinter.h"
 #include "app/LogLevelChoice.h"
 #include "app/QVApplicationDelegate.h"
 #include "common/Paths.h"
@@ -47,6 +48,7 @@ int dispatch(const QVSAppArgument& arguments, QVApplicationDelegate& delegate) {
     }
     if (arguments.isInstallationCall()) return refuseUnavailableMode("installation");
     if (arguments.isUninstallationCall()) return refuseUnavailableMode("uninstallation");
+    if (InventoryPrinter::isPrintRequest(arguments)) return InventoryPrinter::print(arguments, stdout);
     if (isForcedFullScanCall(arguments)) {
         delegate.forceFullScan();
         return 0;

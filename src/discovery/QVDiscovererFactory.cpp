@@ -1,31 +1,63 @@
 #include "discovery/QVDiscovererFactory.h"
 
+#include <utility>
+
+#include "discovery/PublicIpLookupUrl.h"
 #include "discovery/QVEmptySectionDiscoverer.h"
 #include "discovery/QVHWInventoryDiscoverer.h"
+#include "discovery/linux/LinuxDeviceDiscoverer.h"
+#include "platform/LiveSystemSource.h"
 
 namespace tov {
+namespace {
+
+QVDiscovererFactory::Options liveOptions() {
+    QVDiscovererFactory::Options options;
+    options.publicIpUrl = publicIpLookupUrl();
+    return options;
+}
+
+}  // namespace
+
+QVDiscovererFactory::QVDiscovererFactory()
+    : QVDiscovererFactory(std::make_shared<LiveSystemSource>(), liveOptions()) {}
+
+QVDiscovererFactory::QVDiscovererFactory(std::shared_ptr<SystemSource> source, Options options)
+    : source_(std::move(source)), options_(std::move(options)) {}
+
+bool QVDiscovererFactory::readsLinux() const { return source_->platform() == SystemSource::kLinuxPlatform; }
 
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::inventoryDiscoverer() {
-    return std::make_unique<QVHWInventoryDiscoverer>();
+    return std::make_unique<QVHWInventoryDiscoverer>(options_.clock);
+}
+
+std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const char* section) {
+    const std::string name = section;
+    if (readsLinux() && name == kIOKitSection) return std::make_unique<LinuxDeviceDiscoverer>(source_);
+    return std::make_unique<QVEmptySectionDiscoverer>(section);
+}
+
+std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const char* section) {
+    return diskDiscovererOf(section);
 }
 
 std::vector<std::unique_ptr<QVSystemInfoDiscoverer>> QVDiscovererFactory::sectionDiscoverers() {
     std::vector<std::unique_ptr<QVSystemInfoDiscoverer>> discoverers;
     for (const char* section : {kIOKitSection, kAppKitSection, kDiskUtilSection, kOperatingSystemsSection,
                                 kCoreAudioSection, kSysCtlSection, kCoreFoundationSection, kEventsSection}) {
-        discoverers.push_back(std::make_unique<QVEmptySectionDiscoverer>(section));
+        discoverers.push_back(discovererOf(section));
     }
     return discoverers;
 }
 
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::operatingSystemDiscoverer() {
-    return std::make_unique<QVEmptySectionDiscoverer>(kOperatingSystemsSection);
+    return discovererOf(kOperatingSystemsSection);
 }
 
 std::vector<std::unique_ptr<QVDiskDiscoverer>> QVDiscovererFactory::diskDiscoverers() {
     std::vector<std::unique_ptr<QVDiskDiscoverer>> discoverers;
-    discoverers.push_back(std::make_unique<QVEmptySectionDiscoverer>(kDiskUtilSection));
-    discoverers.push_back(std::make_unique<QVEmptySectionDiscoverer>(kIOKitSection));
+    discoverers.push_back(diskDiscovererOf(kDiskUtilSection));
+    discoverers.push_back(diskDiscovererOf(kIOKitSection));
     return discoverers;
 }
 

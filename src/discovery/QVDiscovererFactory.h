@@ -1,15 +1,18 @@
 #pragma once
 
 // Where the report manager gets the discoverers of a scan, made afresh for each one, and
-// the two address facts of the IP change scan. Tests substitute a factory of fakes.
-// This build's factory yields discoverers whose sections are empty and no addresses; the
-// platform discoverers replace them section by section.
+// the two address facts of the IP change scan. The discoverer set follows the platform of
+// the source: the machine's own for the live source, the recorded machine's for a capture.
+// Tests substitute a factory of fakes.
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "discovery/QVSystemInfoDiscoverer.h"
+#include "discovery/SystemSource.h"
 
 namespace tov {
 
@@ -25,6 +28,20 @@ public:
     static constexpr const char* kCoreFoundationSection = "corefoundation";
     static constexpr const char* kEventsSection = "events";
 
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
+    struct Options {
+        // False for a scan that must leave no trace (printing): the saved addresses are
+        // neither used nor written.
+        bool persistAddresses = true;
+        // The public-IP lookup page; "" for none.
+        std::string publicIpUrl;
+        Clock clock = std::chrono::system_clock::now;
+    };
+
+    // The live machine, with the lookup page this build was made with.
+    QVDiscovererFactory();
+    QVDiscovererFactory(std::shared_ptr<SystemSource> source, Options options);
     virtual ~QVDiscovererFactory() = default;
 
     // The discoverer of "HWInventory", the scan's time stamp.
@@ -40,6 +57,17 @@ public:
     virtual std::string publicIP();
     // Gives back the memory of the USB vendor name table after a full scan.
     virtual void releaseVendorList();
+
+    const std::shared_ptr<SystemSource>& source() const { return source_; }
+
+private:
+    bool readsLinux() const;
+    std::vector<std::string> interfacePrefixes() const;
+    std::unique_ptr<QVSystemInfoDiscoverer> discovererOf(const char* section);
+    std::unique_ptr<QVDiskDiscoverer> diskDiscovererOf(const char* section);
+
+    std::shared_ptr<SystemSource> source_;
+    Options options_;
 };
 
 }  // namespace tov

@@ -1,6 +1,5 @@
 #include "report/QVSReport.h"
 
-#include <exception>
 #include <string>
 #include <utility>
 
@@ -10,6 +9,7 @@
 #include "common/QVSMD5Utils.h"
 #include "common/QVSSettings.h"
 #include "common/StringData.h"
+#include "discovery/HardwareDiscovery.h"
 #include "discovery/PublicIpRule.h"
 #include "model/QVIPInfo.h"
 #include "model/QVSystemInfo.h"
@@ -37,15 +37,6 @@ std::optional<std::string> textOf(const Value& value) {
 }
 
 // A discoverer that throws keeps nothing of its section; the scan goes on without it.
-DictionaryRef discoverSection(QVSystemInfoDiscoverer& discoverer) {
-    try {
-        if (DictionaryRef section = discoverer.discoverInfo()) return section;
-    } catch (const std::exception& exception) {
-        QVSLogger::warning("Discovery of [%s] failed: %s", discoverer.sourceName().c_str(), exception.what());
-    }
-    return makeDictionary();
-}
-
 // The three cut copies of a difference tree: added, changed and removed records.
 struct CutCopies {
     DictionaryRef added;
@@ -164,17 +155,7 @@ void QVSReport::decideOnReport(QVScanType scanType) {
     compressReportFileWithScanType(scanType);
 }
 
-DictionaryRef QVSReport::performFullHardwareDiscovery() {
-    const std::shared_ptr<QVDiscovererFactory> discoverers = factory();
-    DictionaryRef hardware = makeDictionary();
-    const std::unique_ptr<QVSystemInfoDiscoverer> inventoryDiscoverer = discoverers->inventoryDiscoverer();
-    const DictionaryRef inventory = discoverSection(*inventoryDiscoverer);
-    hardware->set(inventoryDiscoverer->sourceName(), Value(inventory));
-    for (const std::unique_ptr<QVSystemInfoDiscoverer>& discoverer : discoverers->sectionDiscoverers()) {
-        inventory->set(discoverer->sourceName(), Value(discoverSection(*discoverer)));
-    }
-    return hardware;
-}
+DictionaryRef QVSReport::performFullHardwareDiscovery() { return discoverHardware(*factory()); }
 
 DictionaryRef QVSReport::performIPChangeDiscoveryWithFullReport(const DictionaryRef& fullReport) {
     if (!fullReport) return nullptr;
