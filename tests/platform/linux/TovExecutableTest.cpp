@@ -2,12 +2,7 @@
 // /tmp are empty memory file systems, so the real paths can be used without touching the
 // machine's own files.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -18,42 +13,16 @@
 #include "common/QVSMD5Utils.h"
 #include "support/ChildProcess.h"
 #include "support/TestFolder.h"
-
-extern char** environ;
+#include "support/TovInNamespace.h"
 
 namespace tov {
 namespace {
 
 using testing::ChildResult;
-using testing::runInChild;
+using testing::runOpenedProgram;
 
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
 constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
-
-bool enterPrivateOptAndTmp() {
-    return ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           ::mount("tmpfs", "/opt", "tmpfs", 0, "mode=0755") == 0 &&
-           ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
-}
-
-// Replaces the child with the program opened at descriptor program.
-int executeOpenedProgram(int program, const std::vector<std::string>& arguments) {
-    std::vector<char*> argv{const_cast<char*>("tov")};
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    ::fexecve(program, argv.data(), environ);
-    return 127;
-}
-
-// Runs the program to its end in a child of this process; answers its exit code.
-int runOpenedProgram(int program, const std::vector<std::string>& arguments) {
-    std::fflush(stdout);
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(executeOpenedProgram(program, arguments));
-    int status = 0;
-    if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-    return WEXITSTATUS(status);
-}
 
 // The names in a folder, sorted, one per line.
 std::string listing(const std::string& folder) {
@@ -71,19 +40,13 @@ std::string listing(const std::string& folder) {
 class TovExecutable : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (::geteuid() != 0) GTEST_SKIP() << "needs root for a mount namespace";
-        if (!std::filesystem::is_directory("/opt")) GTEST_SKIP() << "no /opt to cover";
-        const ChildResult probe = runInChild([] { return enterPrivateOptAndTmp() ? 0 : 1; });
-        if (probe.exitCode != 0) GTEST_SKIP() << "mount namespaces are not available here";
+        if (!testing::privateOptAndTmpAvailable()) GTEST_SKIP() << "needs root, /opt and mount namespaces";
     }
 
     ChildResult runTovInNamespace(const std::string& policy, const std::vector<std::string>& arguments) {
-        return runInChild([&] {
-            // Opened before the mounts: the build folder itself may lie below /tmp.
-            const int program = ::open(TOV_EXECUTABLE, O_RDONLY | O_CLOEXEC);
-            if (program < 0 || !enterPrivateOptAndTmp()) return 126;
+        return testing::runWithTovInNamespace([&](int program) {
             if (!policy.empty()) testing::writeFile(kPolicyPath, policy);
-            return executeOpenedProgram(program, arguments);
+            return testing::executeOpenedProgram(program, arguments);
         });
     }
 };
@@ -110,9 +73,7 @@ TEST_F(TovExecutable, PolicyWithoutAnyKnownKeyGivesNoConfigHash) {
 // A new machine: the first forced scan only stores the inventory; the second hands over
 // one archive and its header.
 TEST_F(TovExecutable, TwoForcedScansLeaveOneArchiveAndOneHeaderInTheOutbox) {
-    const ChildResult result = runInChild([] {
-        const int program = ::open(TOV_EXECUTABLE, O_RDONLY | O_CLOEXEC);
-        if (program < 0 || !enterPrivateOptAndTmp()) return 126;
+    const ChildResult result = testing::runWithTovInNamespace([](int program) {
         if (runOpenedProgram(program, {"forcefullscan"}) != 0) return 1;
         std::printf("after first:\n%s", listing(kOutboxPath).c_str());
         if (!std::filesystem::is_regular_file("/opt/Quorvel/KELD/Components/TOV/.delta/previous.json")) return 2;

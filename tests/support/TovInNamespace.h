@@ -1,0 +1,29 @@
+#pragma once
+
+// Runs the built tov executable as a user would, in a private mount namespace whose /opt
+// and /tmp are empty memory file systems, so the real paths can be used without touching
+// the machine's own files.
+
+#include <string>
+#include <vector>
+
+#include "support/ChildProcess.h"
+
+namespace tov::testing {
+
+// Inside a child: a mount namespace of its own with fresh /opt and /tmp.
+bool enterPrivateOptAndTmp();
+// Whether this machine allows it (root, /opt present, namespaces available).
+bool privateOptAndTmpAvailable();
+
+// Replaces the child with the program opened at descriptor program.
+int executeOpenedProgram(int program, const std::vector<std::string>& arguments);
+// Runs the program opened at descriptor program to its end in a child of this process;
+// answers its exit code.
+int runOpenedProgram(int program, const std::vector<std::string>& arguments);
+
+// Runs body in a child that has opened tov (descriptor given to body) and entered the
+// private namespace; 126 when that failed.
+ChildResult runWithTovInNamespace(const std::function<int(int program)>& body);
+
+}  // namespace tov::testing
