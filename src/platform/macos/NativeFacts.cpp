@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "discovery/SystemFacts.h"
+#include "platform/PosixFacts.h"
 
 namespace tov {
 namespace {
@@ -11,7 +12,13 @@ namespace {
 using FactFunction = Value (*)(const std::string&);
 
 const std::map<std::string_view, FactFunction>& factFunctions() {
-    static const std::map<std::string_view, FactFunction> functions{};
+    static const std::map<std::string_view, FactFunction> functions{
+        {facts::kInterfaces, networkInterfacesFact},
+        {facts::kFileSystemStatistics, fileSystemStatisticsFact},
+        {facts::kUname, unameFact},
+        {facts::kPrinters, printersFact},
+        {facts::kPublicIpPage, publicIpPageFact},
+    };
     return functions;
 }
 
