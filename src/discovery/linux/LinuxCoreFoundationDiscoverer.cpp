@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 #include "discovery/SystemFacts.h"
 #include "discovery/linux/LinuxKeyValueFiles.h"
 #include "discovery/linux/LinuxUname.h"
@@ -17,11 +16,9 @@ constexpr std::chrono::seconds kUnknownBootTime{-1};
 // 9999-12-31T23:59:59Z: later seconds are no date the report can write.
 constexpr std::int64_t kLatestSeconds = 253402300799;
 
-std::optional<std::string> printableValue(const std::optional<OsReleaseFile>& file, const char* key) {
+std::optional<std::string> releaseSetting(const std::optional<OsReleaseFile>& file, const char* key) {
     if (!file) return std::nullopt;
-    std::optional<std::string> value = file->release.nonEmptyValue(key);
-    if (value) value = printableText(*value);
-    return value;
+    return printableSetting(file->release, key);
 }
 
 }  // namespace
@@ -37,14 +34,14 @@ DictionaryRef LinuxCoreFoundationDiscoverer::discoverInfo() {
 
 ArrayRef LinuxCoreFoundationDiscoverer::discoverOperatingSystem() {
     const std::optional<OsReleaseFile> file = readOsReleaseFile(*source_);
-    std::optional<std::string> build = printableValue(file, "BUILD_ID");
+    std::optional<std::string> build = releaseSetting(file, "BUILD_ID");
     if (!build) build = unameField(*source_, "release");
 
     const auto system = QVCoreFoundationOperatingSystem::coreFoundationOperatingSystem();
     if (const std::optional<TimePoint> installed = installTime()) system->setOSInstallDate(*installed);
     system->setOSLastBootTime(bootTime());
     system->setBuild(build);
-    system->setEdition(printableValue(file, "VERSION_ID"));
+    system->setEdition(releaseSetting(file, "VERSION_ID"));
     return makeArray({Value(system)});
 }
 

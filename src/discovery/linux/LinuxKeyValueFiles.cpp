@@ -1,8 +1,15 @@
 #include "discovery/linux/LinuxKeyValueFiles.h"
 
 #include "common/QVSLogger.h"
+#include "discovery/PrintableText.h"
 
 namespace tov {
+
+std::optional<std::string> printableSetting(const OsRelease& settings, std::string_view key) {
+    std::optional<std::string> value = settings.nonEmptyValue(key);
+    if (value) value = printableText(*value);
+    return value;
+}
 
 std::optional<OsRelease> readKeyValueFile(SystemSource& source, const std::string& path) {
     const std::optional<std::string> text = source.readFile(path, kKeyValueFileReadLimit);

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "discovery/SystemSource.h"
 #include "discovery/formats/OsRelease.h"
@@ -11,6 +12,9 @@
 namespace tov {
 
 inline constexpr std::uint64_t kKeyValueFileReadLimit = 64 * 1024;
+
+// The value of key when it is assigned and not empty, as printable text.
+std::optional<std::string> printableSetting(const OsRelease& settings, std::string_view key);
 
 // The assignments of the file at path; nothing (with a debug line) when it cannot be read.
 std::optional<OsRelease> readKeyValueFile(SystemSource& source, const std::string& path);

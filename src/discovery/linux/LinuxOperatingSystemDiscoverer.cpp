@@ -30,12 +30,6 @@ bool store(Dictionary& section, const char* key, const std::optional<std::string
     return true;
 }
 
-std::optional<std::string> printableValue(const OsRelease& release, const char* key) {
-    std::optional<std::string> value = release.nonEmptyValue(key);
-    if (value) value = printableText(*value);
-    return value;
-}
-
 }  // namespace
 
 LinuxOperatingSystemDiscoverer::LinuxOperatingSystemDiscoverer(std::shared_ptr<SystemSource> source)
@@ -58,10 +52,10 @@ bool LinuxOperatingSystemDiscoverer::discoverOS(Dictionary& section) {
 bool LinuxOperatingSystemDiscoverer::discoverRelease(Dictionary& section, const std::string& consoleUser) {
     const std::optional<OsReleaseFile> file = readOsReleaseFile(*source_);
     if (!file) return store(section, kOsNameKey, std::nullopt, "neither /etc/os-release nor /usr/lib/os-release can be read.");
-    const std::optional<std::string> name = printableValue(file->release, "NAME");
+    const std::optional<std::string> name = printableSetting(file->release, "NAME");
     if (!store(section, kOsNameKey, name, file->path + " has no NAME.")) return false;
     section.set(kSystemManufacturerKey, Value(linuxSystemManufacturer(*source_)));
-    section.set(kOsManufacturerKey, Value(printableValue(file->release, "VENDOR_NAME").value_or(*name)));
+    section.set(kOsManufacturerKey, Value(printableSetting(file->release, "VENDOR_NAME").value_or(*name)));
     section.set(kDomainKey, Value(consoleUser.empty() ? std::string() : linuxDirectoryDomain(*source_)));
     section.set(kOsVersionKey, Value(osVersion(file->release, unameField(*source_, "release"))));
     return true;
@@ -87,7 +81,7 @@ bool LinuxOperatingSystemDiscoverer::discoverMachine(Dictionary& section, const 
 
 std::optional<std::string> LinuxOperatingSystemDiscoverer::systemName() {
     if (const std::optional<OsRelease> machineInfo = readKeyValueFile(*source_, kMachineInfoPath)) {
-        if (std::optional<std::string> prettyName = printableValue(*machineInfo, "PRETTY_HOSTNAME")) {
+        if (std::optional<std::string> prettyName = printableSetting(*machineInfo, "PRETTY_HOSTNAME")) {
             if (!prettyName->empty()) return prettyName;
         }
     }
@@ -102,8 +96,8 @@ void LinuxOperatingSystemDiscoverer::discoverSerialNumber(Dictionary& section) {
 
 std::string LinuxOperatingSystemDiscoverer::osVersion(const OsRelease& release,
                                                       const std::optional<std::string>& kernelRelease) {
-    const std::optional<std::string> version = printableValue(release, "VERSION_ID");
-    const std::string build = printableValue(release, "BUILD_ID").value_or(kernelRelease.value_or(""));
+    const std::optional<std::string> version = printableSetting(release, "VERSION_ID");
+    const std::string build = printableSetting(release, "BUILD_ID").value_or(kernelRelease.value_or(""));
     if (!version) return build;
     if (build.empty()) return *version;
     return *version + " (" + build + ")";
