@@ -5,7 +5,9 @@
 #include "discovery/PublicIpLookupUrl.h"
 #include "discovery/QVEmptySectionDiscoverer.h"
 #include "discovery/QVHWInventoryDiscoverer.h"
+#include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
+#include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
 #include "platform/LiveSystemSource.h"
 
 namespace tov {
@@ -38,6 +40,11 @@ std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const ch
 }
 
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const char* section) {
+    const std::string name = section;
+    if (readsLinux() && name == kOperatingSystemsSection) {
+        return std::make_unique<LinuxOperatingSystemDiscoverer>(source_);
+    }
+    if (readsLinux() && name == kCoreFoundationSection) return std::make_unique<LinuxCoreFoundationDiscoverer>(source_);
     return diskDiscovererOf(section);
 }
 
