@@ -8,6 +8,7 @@
 #include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
 #include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
+#include "discovery/linux/LinuxVolumeDiscoverer.h"
 #include "platform/LiveSystemSource.h"
 
 namespace tov {
@@ -36,6 +37,7 @@ std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::inventoryDiscoverer
 std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const char* section) {
     const std::string name = section;
     if (readsLinux() && name == kIOKitSection) return std::make_unique<LinuxDeviceDiscoverer>(source_);
+    if (readsLinux() && name == kDiskUtilSection) return std::make_unique<LinuxVolumeDiscoverer>(source_);
     return std::make_unique<QVEmptySectionDiscoverer>(section);
 }
 

@@ -1,0 +1,67 @@
+#include "discovery/linux/LinuxVolumeLabel.h"
+
+#include <unicode/utf8.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "discovery/PathWalk.h"
+
+namespace tov {
+namespace {
+
+// Links looked at in the label folder, so that a hostile folder cannot stall the scan.
+constexpr std::size_t kMaximumLabelLinks = 4096;
+
+std::string_view lastComponent(std::string_view path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::optional<std::string> labelFromRecord(const std::optional<UdevRecord>& record) {
+    if (!record) return std::nullopt;
+    std::optional<std::string> label = record->decodedProperty("ID_FS_LABEL");
+    if (label && label->empty()) return std::nullopt;
+    return label;
+}
+
+// The first link of the label folder, in name order, whose target names the device.
+std::optional<std::string> labelFromLinks(SystemSource& source, const std::string& kernelName) {
+    const std::optional<std::vector<std::string>> names = source.listFolder(kLabelLinkFolder);
+    if (!names) return std::nullopt;
+    for (std::size_t index = 0; index < names->size() && index < kMaximumLabelLinks; ++index) {
+        const std::optional<std::string> target = source.readLink(childPath(kLabelLinkFolder, (*names)[index]));
+        if (target && lastComponent(*target) == kernelName) return UdevDatabase::decodeHexEscapes((*names)[index]);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string volumeLabelOf(SystemSource& source, const std::optional<UdevRecord>& record,
+                          const std::string& kernelName) {
+    std::optional<std::string> label = labelFromRecord(record);
+    if (!label) label = labelFromLinks(source, kernelName);
+    return label ? reportableText(*label, kMaximumLabelBytes) : std::string();
+}
+
+std::string reportableText(std::string_view text, std::size_t maximumBytes) {
+    static constexpr char kReplacement[] = "\xEF\xBF\xBD";
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
+    std::string result;
+    std::int32_t position = 0;
+    while (position < length) {
+        const std::int32_t start = position;
+        UChar32 character;
+        U8_NEXT(bytes, position, length, character);
+        const std::string_view piece =
+            character < 0 ? std::string_view(kReplacement, 3)
+                          : text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(position - start));
+        if (result.size() + piece.size() > maximumBytes) break;
+        result.append(piece);
+    }
+    return result;
+}
+
+}  // namespace tov
