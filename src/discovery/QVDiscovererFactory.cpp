@@ -6,6 +6,7 @@
 #include "discovery/QVEmptySectionDiscoverer.h"
 #include "discovery/QVHWInventoryDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
+#include "discovery/linux/LinuxSysCtlDiscoverer.h"
 #include "platform/LiveSystemSource.h"
 
 namespace tov {
@@ -38,6 +39,8 @@ std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const ch
 }
 
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const char* section) {
+    const std::string name = section;
+    if (readsLinux() && name == kSysCtlSection) return std::make_unique<LinuxSysCtlDiscoverer>(source_, options_.clock);
     return diskDiscovererOf(section);
 }
 
