@@ -16,7 +16,7 @@
 namespace {
 
 void requirePrintable(const std::string& text) {
-    if (printableText(text) != text) std::abort();
+    if (tov::printableText(text) != text) std::abort();
 }
 
 }  // namespace
