@@ -8,6 +8,7 @@
 #include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
 #include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
+#include "discovery/linux/LinuxSysCtlDiscoverer.h"
 #include "discovery/linux/LinuxVolumeDiscoverer.h"
 #include "platform/LiveSystemSource.h"
 
@@ -47,6 +48,7 @@ std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const 
         return std::make_unique<LinuxOperatingSystemDiscoverer>(source_);
     }
     if (readsLinux() && name == kCoreFoundationSection) return std::make_unique<LinuxCoreFoundationDiscoverer>(source_);
+    if (readsLinux() && name == kSysCtlSection) return std::make_unique<LinuxSysCtlDiscoverer>(source_, options_.clock);
     return diskDiscovererOf(section);
 }
 
