@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "discovery/PrintableText.h"
+#include "common/PrintableText.h"
 #include "discovery/formats/OsRelease.h"
 
 namespace {

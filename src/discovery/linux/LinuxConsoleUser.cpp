@@ -1,7 +1,7 @@
 #include "discovery/linux/LinuxConsoleUser.h"
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 #include "discovery/SystemFacts.h"
 
 namespace tov {

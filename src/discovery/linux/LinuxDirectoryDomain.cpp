@@ -2,9 +2,9 @@
 
 #include <optional>
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
 #include "common/TextUtils.h"
-#include "discovery/PrintableText.h"
 #include "discovery/formats/IniFile.h"
 
 namespace tov {

@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 
 namespace tov {
 namespace {

@@ -1,7 +1,7 @@
 #include "discovery/linux/LinuxKeyValueFiles.h"
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 
 namespace tov {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 #include "discovery/linux/LinuxConsoleUser.h"
 #include "discovery/linux/LinuxDirectoryDomain.h"
 #include "discovery/linux/LinuxFirmwareIdentity.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
-#include "discovery/PrintableText.h"
 #include "discovery/linux/LinuxKeyValueFiles.h"
 
 namespace tov {
