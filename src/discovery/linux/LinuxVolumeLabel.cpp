@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/PrintableText.h"
 #include "discovery/PathWalk.h"
 
 namespace tov {
@@ -46,22 +47,13 @@ std::string volumeLabelOf(SystemSource& source, const std::optional<UdevRecord>&
 }
 
 std::string reportableText(std::string_view text, std::size_t maximumBytes) {
-    static constexpr char kReplacement[] = "\xEF\xBF\xBD";
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
-    std::string result;
-    std::int32_t position = 0;
-    while (position < length) {
-        const std::int32_t start = position;
-        UChar32 character;
-        U8_NEXT(bytes, position, length, character);
-        const std::string_view piece =
-            character < 0 ? std::string_view(kReplacement, 3)
-                          : text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(position - start));
-        if (result.size() + piece.size() > maximumBytes) break;
-        result.append(piece);
-    }
-    return result;
+    std::string printable = printableText(text);
+    if (printable.size() <= maximumBytes) return printable;
+    // Cut before the character that would cross the limit, never inside one.
+    std::size_t cut = maximumBytes;
+    while (cut > 0 && U8_IS_TRAIL(static_cast<std::uint8_t>(printable[cut]))) --cut;
+    printable.resize(cut);
+    return printable;
 }
 
 }  // namespace tov

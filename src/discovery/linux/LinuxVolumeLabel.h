@@ -23,9 +23,9 @@ inline constexpr std::size_t kMaximumLabelBytes = 255;
 std::string volumeLabelOf(SystemSource& source, const std::optional<UdevRecord>& record,
                           const std::string& kernelName);
 
-// Text from the machine made fit for the report: invalid UTF-8 sequences become U+FFFD
-// (as the JSON writer would write them, so that a report read back compares equal), and
-// text longer than maximumBytes is cut at a character boundary.
+// Text from the machine made fit for the report: printable (common/PrintableText.h), so
+// that a report read back compares equal, and cut at a character boundary when it is
+// longer than maximumBytes.
 std::string reportableText(std::string_view text, std::size_t maximumBytes);
 
 }  // namespace tov
