@@ -3,11 +3,14 @@
 #include <utility>
 
 #include "discovery/PublicIpLookupUrl.h"
+#include "discovery/QVAppKitHardwareInfoDiscoverer.h"
 #include "discovery/QVEmptySectionDiscoverer.h"
 #include "discovery/QVHWInventoryDiscoverer.h"
+#include "discovery/QVIPInfoDiscoverer.h"
 #include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
 #include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
+#include "discovery/linux/LinuxSoundDiscoverer.h"
 #include "discovery/linux/LinuxSysCtlDiscoverer.h"
 #include "discovery/linux/LinuxVolumeDiscoverer.h"
 #include "platform/LiveSystemSource.h"
@@ -31,6 +34,20 @@ QVDiscovererFactory::QVDiscovererFactory(std::shared_ptr<SystemSource> source, O
 
 bool QVDiscovererFactory::readsLinux() const { return source_->platform() == SystemSource::kLinuxPlatform; }
 
+std::vector<std::string> QVDiscovererFactory::interfacePrefixes() const {
+    if (readsLinux()) return {"en", "eth", "wl"};
+    return {"en"};
+}
+
+std::shared_ptr<HardwareIds> QVDiscovererFactory::hardwareIds() {
+    std::shared_ptr<HardwareIds> ids = hardwareIds_.lock();
+    if (!ids) {
+        ids = std::make_shared<HardwareIds>(source_);
+        hardwareIds_ = ids;
+    }
+    return ids;
+}
+
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::inventoryDiscoverer() {
     return std::make_unique<QVHWInventoryDiscoverer>(options_.clock);
 }
@@ -49,6 +66,12 @@ std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const 
     }
     if (readsLinux() && name == kCoreFoundationSection) return std::make_unique<LinuxCoreFoundationDiscoverer>(source_);
     if (readsLinux() && name == kSysCtlSection) return std::make_unique<LinuxSysCtlDiscoverer>(source_, options_.clock);
+    if (name == kEventsSection) {
+        return std::make_unique<QVIPInfoDiscoverer>(
+            source_, QVIPInfoDiscoverer::Options{interfacePrefixes(), options_.publicIpUrl, options_.persistAddresses});
+    }
+    if (name == kAppKitSection) return std::make_unique<QVAppKitHardwareInfoDiscoverer>(source_);
+    if (readsLinux() && name == kCoreAudioSection) return std::make_unique<LinuxSoundDiscoverer>(source_, hardwareIds());
     return diskDiscovererOf(section);
 }
 
@@ -72,9 +95,9 @@ std::vector<std::unique_ptr<QVDiskDiscoverer>> QVDiscovererFactory::diskDiscover
     return discoverers;
 }
 
-std::string QVDiscovererFactory::localIP() { return ""; }
+std::string QVDiscovererFactory::localIP() { return QVIPInfoDiscoverer::localIP(*source_, interfacePrefixes()); }
 
-std::string QVDiscovererFactory::publicIP() { return ""; }
+std::string QVDiscovererFactory::publicIP() { return QVIPInfoDiscoverer::publicIP(*source_, options_.publicIpUrl); }
 
 void QVDiscovererFactory::releaseVendorList() {}
 

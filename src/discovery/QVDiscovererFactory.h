@@ -13,6 +13,7 @@
 
 #include "discovery/QVSystemInfoDiscoverer.h"
 #include "discovery/SystemSource.h"
+#include "discovery/formats/HardwareIds.h"
 
 namespace tov {
 
@@ -65,9 +66,13 @@ private:
     std::vector<std::string> interfacePrefixes() const;
     std::unique_ptr<QVSystemInfoDiscoverer> discovererOf(const char* section);
     std::unique_ptr<QVDiskDiscoverer> diskDiscovererOf(const char* section);
+    // The id names shared by the discoverers alive at the same time (those of one scan):
+    // the databases are read once per scan and given back when its discoverers go away.
+    std::shared_ptr<HardwareIds> hardwareIds();
 
     std::shared_ptr<SystemSource> source_;
     Options options_;
+    std::weak_ptr<HardwareIds> hardwareIds_;
 };
 
 }  // namespace tov
