@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/PrintableText.h"
 #include "common/QVSLogger.h"
 #include "discovery/EqualRecordsOnce.h"
 #include "discovery/SystemFacts.h"
@@ -12,10 +13,11 @@
 namespace tov {
 namespace {
 
+// The printing system's names are whatever an administrator typed: reported printable.
 std::optional<std::string> textUnder(const Dictionary& entry, std::string_view key) {
     const Value* value = entry.find(key);
     if (!value || !value->isString()) return std::nullopt;
-    return *value->string();
+    return printableText(*value->string());
 }
 
 // The printer of one destination entry; nothing for an entry without a name.

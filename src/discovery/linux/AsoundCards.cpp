@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "common/PrintableText.h"
 #include "common/TextUtils.h"
 
 namespace tov {
@@ -24,7 +25,7 @@ std::optional<AsoundCard> cardOfLine(std::string_view line) {
     if (separator == std::string_view::npos) return std::nullopt;
     AsoundCard card;
     card.number = static_cast<int>(leadingIntegerValue(line.substr(0, digits)));
-    card.name = trimWhitespaceAndNewlines(driverAndName.substr(separator + 3));
+    card.name = printableText(driverAndName.substr(separator + 3));
     return card;
 }
 

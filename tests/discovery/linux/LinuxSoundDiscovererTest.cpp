@@ -134,7 +134,7 @@ TEST(LinuxSoundDiscoverer, AGarbledCardsFileGivesWhatCanBeRead) {
     SoundMachine machine;
     machine.source->file("/proc/asound/cards", std::string("\x00\x01\xfe\n 0 [Bad\n", 12) +
                                                    " 1 [X            ]: drv - Card \xff\x01 name\n");
-    EXPECT_EQ(machine.sounds(), (Sounds{{"Card \xff\x01 name", ""}}));
+    EXPECT_EQ(machine.sounds(), (Sounds{{"Card \xEF\xBF\xBD name", ""}}));
 }
 
 TEST(LinuxSoundDiscoverer, ADeviceLinkLoopGivesNoManufacturer) {

@@ -62,7 +62,7 @@ TEST(OperatingSystemFixtures, ServerWithoutConsoleHasNoUserAndNoDomain) {
 TEST(OperatingSystemFixtures, ArmBoardWithoutDmiIsNamedByItsDeviceTree) {
     const DictionaryRef section = operatingSystemOf("arm-board");
     EXPECT_EQ(text(section, "systemManufacturer"), "");
-    EXPECT_EQ(text(section, "systemModel"), "Raspberry Pi 3 Model B Rev 1.2");
+    EXPECT_EQ(text(section, "systemModel"), "Raspberry Pi 4 Model B Rev 1.4");
     EXPECT_EQ(text(section, "systemType"), "aarch64");
     const auto system = coreFoundationOf("arm-board");
     ASSERT_TRUE(system);
