@@ -10,7 +10,7 @@ debian_packages=(
   pci.ids usb.ids
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
-  zip unzip util-linux
+  zip unzip util-linux iproute2 hostname
 )
 homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
 

@@ -33,9 +33,19 @@ int executeOpenedProgram(int program, const std::vector<std::string>& arguments)
 }
 
 int runOpenedProgram(int program, const std::vector<std::string>& arguments) {
+    return runOpenedProgramInto(program, arguments, "");
+}
+
+int runOpenedProgramInto(int program, const std::vector<std::string>& arguments, const std::string& outputPath) {
     std::fflush(stdout);
     const pid_t child = ::fork();
-    if (child == 0) ::_exit(executeOpenedProgram(program, arguments));
+    if (child == 0) {
+        if (!outputPath.empty()) {
+            const int output = ::open(outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+            if (output < 0 || ::dup2(output, STDOUT_FILENO) < 0) ::_exit(126);
+        }
+        ::_exit(executeOpenedProgram(program, arguments));
+    }
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
     return WEXITSTATUS(status);

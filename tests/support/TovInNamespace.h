@@ -22,6 +22,10 @@ int executeOpenedProgram(int program, const std::vector<std::string>& arguments)
 // answers its exit code.
 int runOpenedProgram(int program, const std::vector<std::string>& arguments);
 
+// The same, with the program's standard output going to the file at outputPath (kept
+// as it is when the path is empty).
+int runOpenedProgramInto(int program, const std::vector<std::string>& arguments, const std::string& outputPath);
+
 // Runs body in a child that has opened tov (descriptor given to body) and entered the
 // private namespace; 126 when that failed.
 ChildResult runWithTovInNamespace(const std::function<int(int program)>& body);
