@@ -3,11 +3,19 @@
 // The native facts that every POSIX platform answers the same way (SystemFacts.h gives
 // their shapes). Each platform's fact table lists them beside its own.
 
+#include <map>
 #include <string>
+#include <string_view>
 
 #include "model/Value.h"
 
 namespace tov {
+
+using FactFunction = Value (*)(const std::string& key);
+using FactTable = std::map<std::string_view, FactFunction>;
+
+// The facts that only this platform answers, beside the POSIX ones below.
+const FactTable& platformOnlyFacts();
 
 // The interfaces' addresses (getifaddrs), in the order the system gives them.
 Value networkInterfacesFact(const std::string& key);
