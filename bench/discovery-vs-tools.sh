@@ -31,13 +31,16 @@ order=(tov lshw hwinfo inxi)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+# Wall time is taken around the command itself with bash's own clock (no process is
+# started to read it); the peak resident size comes from a second run under time(1),
+# whose own start-up would otherwise count in the wall time.
 for ((round = 1; round <= rounds; round++)); do
   for name in "${order[@]}"; do
-    # Wall seconds (to the microsecond) and peak resident kilobytes of the whole command.
-    start=$(date +%s%N)
+    start=$EPOCHREALTIME
+    ${commands[$name]} >/dev/null 2>&1 </dev/null || true
+    end=$EPOCHREALTIME
     /usr/bin/time -f "%M" -o "$work/one" ${commands[$name]} >/dev/null 2>&1 </dev/null || true
-    end=$(date +%s%N)
-    echo "$(awk -v s="$start" -v e="$end" 'BEGIN { printf "%.6f", (e - s) / 1e9 }') $(tail -n 1 "$work/one")" >>"$work/$name"
+    echo "$(awk -v s="$start" -v e="$end" 'BEGIN { printf "%.6f", e - s }') $(tail -n 1 "$work/one")" >>"$work/$name"
   done
 done
 
