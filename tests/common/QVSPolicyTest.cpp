@@ -8,6 +8,7 @@
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
 
 namespace tov {
@@ -27,24 +28,11 @@ void writeZip(const std::string& path, const std::string& memberName, const std:
     ASSERT_EQ(zip_close(archive), 0);
 }
 
-class QVSPolicyTest : public ::testing::Test {
+class QVSPolicyTest : public testing::TemporaryRootTest {
 protected:
-    void SetUp() override {
-        Paths::setRootForTesting(folder.path());
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", Paths::logsFolder());
-        QVSLogger::setMinimumLogLevel("TRACE");
-    }
-    void TearDown() override {
-        QVSLogger::resetForTesting();
-        Paths::setRootForTesting("");
-    }
-
     void writePolicy(const std::string& text) { writeFile(Paths::policyFile(), text); }
-    std::string log() const { return readFile(Paths::logsFolder() + "/tov.log"); }
 
     QVSPolicy& policy = QVSPolicy::sharedPolicy();
-    TestFolder folder;
 };
 
 TEST_F(QVSPolicyTest, IntervalInHoursBecomesSecondsAndTheFlagsDefaultToFalse) {

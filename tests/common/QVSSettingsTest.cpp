@@ -13,6 +13,7 @@
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "support/HandBuiltArchive.h"
+#include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
 
 namespace tov {
@@ -55,21 +56,13 @@ FileModificationTime modificationTimeOf(const std::string& path) {
     return fileModificationTime(path).value_or(FileModificationTime{-1, -1});
 }
 
-class QVSSettingsTest : public ::testing::Test {
+class QVSSettingsTest : public testing::TemporaryRootTest {
 protected:
     void SetUp() override {
-        Paths::setRootForTesting(folder.path());
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", Paths::logsFolder());
-        QVSLogger::setMinimumLogLevel("TRACE");
+        TemporaryRootTest::SetUp();
         std::filesystem::create_directories(Paths::componentFolder());
     }
-    void TearDown() override {
-        QVSLogger::resetForTesting();
-        Paths::setRootForTesting("");
-    }
 
-    std::string log() const { return readFile(Paths::logsFolder() + "/tov.log"); }
     std::string settingsPath() const { return Paths::settingsFile(); }
 
     static void saveNewFile(QVSSettings& settings) {
@@ -77,7 +70,6 @@ protected:
         ASSERT_FALSE(settings.isDirty());
     }
 
-    TestFolder folder;
 };
 
 TEST_F(QVSSettingsTest, FreshFileGivesZeroFullScanTimeAndNoValues) {

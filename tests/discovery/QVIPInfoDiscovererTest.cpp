@@ -8,6 +8,7 @@
 #include "common/QVSLogger.h"
 #include "common/QVSSettings.h"
 #include "support/MemorySystemSource.h"
+#include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
 
 namespace tov {
@@ -160,22 +161,13 @@ TEST(QVIPInfoDiscovererHtml, APlusSignIsReadAndAMinusSignEndsTheNumber) {
     EXPECT_EQ(QVIPInfoDiscoverer::ipAddressFromHtmlContents("<!--+1-->"), "1.0.0.0");
 }
 
-class QVIPInfoDiscovererTest : public ::testing::Test {
+class QVIPInfoDiscovererTest : public testing::TemporaryRootTest {
 protected:
     void SetUp() override {
-        Paths::setRootForTesting(folder.path());
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", Paths::logsFolder());
-        QVSLogger::setMinimumLogLevel("TRACE");
+        TemporaryRootTest::SetUp();
         std::filesystem::create_directories(Paths::componentFolder());
     }
-    void TearDown() override {
-        QVSLogger::resetForTesting();
-        Paths::setRootForTesting("");
-    }
 
-    std::string log() const { return readFile(Paths::logsFolder() + "/tov.log"); }
-    bool logHas(const std::string& text) const { return log().find(text) != std::string::npos; }
 
     static QVSSettings& settings() { return QVSSettings::defaultSettings(); }
 
@@ -189,7 +181,6 @@ protected:
         return QVIPInfoDiscoverer(machine.source, {kMacPrefixes, std::move(url), persistAddresses});
     }
 
-    TestFolder folder;
     Machine machine;
 };
 
