@@ -11,6 +11,7 @@ debian_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   zip unzip util-linux iproute2 hostname
+  strace
 )
 homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
 
