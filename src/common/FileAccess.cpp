@@ -1,5 +1,6 @@
 #include "common/FileAccess.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
+
+#include "common/FileDescriptor.h"
 
 namespace tov {
 namespace {
@@ -27,7 +30,7 @@ int readErrorCode(int error) {
     }
 }
 
-int writeErrorCode(int error) {
+int writeErrorCodeOf(int error) {
     switch (error) {
         case ENOENT:
         case ENOTDIR: return FileErrorCode::kNoSuchFile;
@@ -40,25 +43,7 @@ int writeErrorCode(int error) {
     }
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return descriptor_; }
-    // Closes now so that a failed close (a full disk on some file systems) is seen.
-    bool close() {
-        const int descriptor = descriptor_;
-        descriptor_ = -1;
-        return ::close(descriptor) == 0;
-    }
-
-private:
-    int descriptor_;
-};
+using Descriptor = FileDescriptor;
 
 bool readAll(int descriptor, std::string& bytes, std::uint64_t maximumBytes) {
     char buffer[65536];
@@ -111,7 +96,53 @@ bool copyAcrossFileSystems(const std::string& source, const std::string& destina
     return linked;
 }
 
+// Deep enough for any folder the daemon makes; a deeper planted tree is refused rather than
+// exhausting the descriptors.
+constexpr int kMaximumRemovalDepth = 256;
+
+bool removeEntryAt(int folder, const char* name, int depth);
+
+// Empties the folder open at descriptor (which it takes over); false when something stays.
+bool emptyFolder(int descriptor, int depth) {
+    DIR* listing = ::fdopendir(descriptor);
+    if (!listing) {
+        ::close(descriptor);
+        return false;
+    }
+    bool emptied = true;
+    while (const dirent* entry = ::readdir(listing)) {
+        const std::string_view name(entry->d_name);
+        if (name == "." || name == "..") continue;
+        emptied = removeEntryAt(::dirfd(listing), entry->d_name, depth + 1) && emptied;
+    }
+    ::closedir(listing);
+    return emptied;
+}
+
+// Unlinks the entry name of folder; a folder (opened without following a link) is emptied first.
+bool removeEntryAt(int folder, const char* name, int depth) {
+    if (::unlinkat(folder, name, 0) == 0 || errno == ENOENT) return true;
+    if (errno != EISDIR && errno != EPERM) return false;
+    if (depth >= kMaximumRemovalDepth) return false;
+    const int descriptor = ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    if (!emptyFolder(descriptor, depth)) return false;
+    return ::unlinkat(folder, name, AT_REMOVEDIR) == 0 || errno == ENOENT;
+}
+
 }  // namespace
+
+int fileWriteErrorCode(int error) { return writeErrorCodeOf(error); }
+
+bool removeItemWithoutFollowing(const std::string& path) {
+    if (!itemExists(path)) return true;
+    const std::string::size_type slash = path.find_last_of('/');
+    const std::string folder = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    Descriptor parent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (parent.get() < 0) return false;
+    return removeEntryAt(parent.get(), name.c_str(), 0);
+}
 
 bool itemExists(const std::string& path) {
     struct stat status {};
@@ -130,7 +161,12 @@ std::uint64_t regularFileSize(const std::string& path) {
 }
 
 std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t maximumBytes, int* errorCode) {
-    Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    return readWholeFileAt(AT_FDCWD, path, maximumBytes, errorCode);
+}
+
+std::optional<std::string> readWholeFileAt(int folder, const std::string& name, std::uint64_t maximumBytes,
+                                           int* errorCode) {
+    Descriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.get() < 0) {
         setCode(errorCode, errno == ELOOP ? FileErrorCode::kReadNoPermission : readErrorCode(errno));
         return std::nullopt;
@@ -151,14 +187,27 @@ std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t 
     return bytes;
 }
 
+bool writeNewFileAt(int folder, const std::string& name, std::string_view bytes) {
+    Descriptor file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (file.get() < 0) return false;
+    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    if (file.close() && written) return true;
+    const int cause = errno;
+    ::unlinkat(folder, name.c_str(), 0);
+    errno = cause;
+    return false;
+}
+
+bool removeItemAt(int folder, const std::string& name) { return removeEntryAt(folder, name.c_str(), 0); }
+
 bool writeFileAtomically(const std::string& path, std::string_view bytes, int* errorCode) {
     const std::string temporary = writeFreshSibling(path, bytes);
     if (temporary.empty()) {
-        setCode(errorCode, writeErrorCode(errno));
+        setCode(errorCode, writeErrorCodeOf(errno));
         return false;
     }
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        setCode(errorCode, writeErrorCode(errno));
+        setCode(errorCode, writeErrorCodeOf(errno));
         ::unlink(temporary.c_str());
         return false;
     }

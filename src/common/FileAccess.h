@@ -53,4 +53,24 @@ bool moveFileWithoutReplacing(const std::string& source, const std::string& dest
 // is there afterwards.
 bool removeFile(const std::string& path);
 
+// readWholeFile for the entry name of the folder open at folder.
+std::optional<std::string> readWholeFileAt(int folder, const std::string& name, std::uint64_t maximumBytes,
+                                           int* errorCode = nullptr);
+
+// Creates the entry name of the folder open at folder as a new file (mode 0600 from the
+// start; an existing entry or a link there makes it fail), writes bytes and flushes them to
+// disk. On failure errno tells why and no file of that name is left behind.
+bool writeNewFileAt(int folder, const std::string& name, std::string_view bytes);
+
+// removeItemWithoutFollowing for the entry name of the folder open at folder.
+bool removeItemAt(int folder, const std::string& name);
+
+// Removes whatever stands at path: a file, a symbolic link (not what it points to) or a
+// folder with everything in it, never following a link on the way. True when nothing is
+// there afterwards; a folder nested deeper than a few hundred levels is left in place.
+bool removeItemWithoutFollowing(const std::string& path);
+
+// The file-write error code (FileErrorCode) of an errno value.
+int fileWriteErrorCode(int error);
+
 }  // namespace tov

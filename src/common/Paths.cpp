@@ -21,9 +21,10 @@ std::string Paths::policyFile() { return componentFolder() + "/policy.json"; }
 std::string Paths::executable() { return componentFolder() + "/tov"; }
 std::string Paths::logsFolder() { return rooted(platformPaths().logsFolder); }
 std::string Paths::jobFile() { return rooted(platformPaths().jobFile); }
-std::string Paths::temporaryReport() { return rooted("/tmp/__h_hardware_h__.json"); }
+std::string Paths::stagingFolder() { return componentFolder() + "/.staging"; }
+std::string Paths::temporaryReport() { return stagingFolder() + "/__h_hardware_h__.json"; }
+std::string Paths::fullReportOwedMarker() { return deltaFolder() + "/full-report-owed"; }
 std::string Paths::debugTrigger() { return rooted("/tmp/debug_tov"); }
-std::string Paths::archiveStagingFolder() { return rooted(platformPaths().archiveStagingFolder); }
 
 void Paths::setRootForTesting(const std::string& root) {
     std::lock_guard<std::mutex> guard(rootLock);

@@ -18,9 +18,14 @@ public:
     static std::string executable();
     static std::string logsFolder();
     static std::string jobFile();
+    // The root-only folder where the temporary report and the archive being made live, on
+    // the outbox's file system, so that a rename hands them over.
+    static std::string stagingFolder();
     static std::string temporaryReport();
+    // Present while the next report handed over must be a full report (reports that were
+    // never collected have been removed from the outbox).
+    static std::string fullReportOwedMarker();
     static std::string debugTrigger();
-    static std::string archiveStagingFolder();
 
     // Prefixes every path with root; an empty root restores the real paths.
     static void setRootForTesting(const std::string& root);

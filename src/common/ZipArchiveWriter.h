@@ -1,13 +1,14 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace tov {
 
-// Writes a new ZIP archive at archivePath holding one deflated member named memberName
-// (no folder path) with the given contents. libzip writes the archive beside its path and
-// renames it into place, so a failed write leaves no half archive. False on any failure.
-bool writeZipWithOneMember(const std::string& archivePath, const std::string& memberName, std::string_view contents);
+// The bytes of a ZIP archive holding one deflated member named memberName (no folder path)
+// with the given contents. The archive is made in memory, so the caller decides where and
+// with which permissions it is written. Nothing on any failure.
+std::optional<std::string> zipWithOneMember(const std::string& memberName, std::string_view contents);
 
 }  // namespace tov

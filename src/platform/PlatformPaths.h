@@ -10,7 +10,6 @@ struct PlatformPathTable {
     std::string componentFolder;
     std::string logsFolder;
     std::string jobFile;
-    std::string archiveStagingFolder;
 };
 
 const PlatformPathTable& platformPaths();

@@ -221,13 +221,21 @@ constexpr SectionReader kRecordSections[] = {
 };
 constexpr SectionReader kEventsSection = {"events", &QVHardwareReportJsonReader::parseIPInfo};
 
-// Reads the section of the stored document into the inventory; a missing (or null) section
-// reads as empty, one that is not an object or that its reader refuses fails.
+// The stored section as a dictionary: a missing section, and an empty one of either JSON
+// shape ({} or []), reads as empty; null and every other shape is of the wrong type (null).
+DictionaryRef storedSection(const Dictionary& document, std::string_view key) {
+    const Value* stored = document.find(key);
+    if (!stored) return makeDictionary();
+    if (const ArrayRef array = stored->array()) return array->empty() ? makeDictionary() : nullptr;
+    return stored->dictionary();
+}
+
+// Reads the section of the stored document into the inventory; false when it is of the
+// wrong type or its reader refuses it.
 bool readSectionInto(Dictionary& inventory, const Dictionary& document, const SectionReader& section) {
-    const Value stored = document.get(section.key);
-    const DictionaryRef storedSection = stored.isAbsent() ? makeDictionary() : stored.dictionary();
-    if (!storedSection) return false;
-    DictionaryRef read = section.reader(*storedSection);
+    const DictionaryRef stored = storedSection(document, section.key);
+    if (!stored) return false;
+    DictionaryRef read = section.reader(*stored);
     if (!read) return false;
     inventory.set(section.key, Value(std::move(read)));
     return true;

@@ -28,7 +28,7 @@ public:
     static DictionaryRef jsonDictionaryForSystemInfoDictionary(const DictionaryRef& table);
 
     // Kept for its name; there is nothing to assemble.
-    static void assembleStructure() {}
+    static void assembleStructure() noexcept {}
 };
 
 }  // namespace tov

@@ -1,27 +1,30 @@
 #include "report/QVReportOutbox.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <optional>
 #include <system_error>
 
 #include "common/FileAccess.h"
+#include "common/FileDescriptor.h"
 #include "common/Paths.h"
 #include "common/QVFileUtil.h"
 #include "common/QVSLogger.h"
 #include "common/Version.h"
 #include "common/ZipArchiveWriter.h"
 #include "model/Json.h"
+#include "report/ReportStagingFolder.h"
 
 namespace tov {
 namespace {
 
 // The temporary report is at most as large as a stored report may be.
 constexpr std::uint64_t kMaximumReportBytes = 104857600;
-
-std::string fileName(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
 const char* scanTypeName(QVScanType scanType) {
     switch (scanType) {
@@ -31,30 +34,52 @@ const char* scanTypeName(QVScanType scanType) {
     }
 }
 
-// The archive holds the temporary report's bytes, read without following a link.
-bool zipTemporaryReport(const std::string& archivePath) {
-    const std::optional<std::string> report = readWholeFile(Paths::temporaryReport(), kMaximumReportBytes);
-    if (!report || !writeZipWithOneMember(archivePath, QVReportOutbox::kArchiveMemberName, *report)) return false;
-    QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(archivePath, nullptr);
-    return true;
-}
-
-void writeHeader(const std::string& headerPath, QVScanType scanType) {
-    removeFile(headerPath);
-    if (writeFileAtomically(headerPath, QVReportOutbox::headerLine(scanType))) {
-        QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(headerPath, nullptr);
+// The archive of the report, written in the staging folder.
+bool stageArchive(const ReportStagingFolder& staging, const std::string& archiveName, const std::string& report) {
+    const std::optional<std::string> archive = zipWithOneMember(QVReportOutbox::kArchiveMemberName, report);
+    if (!archive) {
+        QVSLogger::error("Failed to compress hardware report [%s].", archiveName.c_str());
+        return false;
     }
-    QVSLogger::information("Generated header [%s].", fileName(headerPath).c_str());
+    int error = 0;
+    if (staging.write(archiveName, *archive, &error)) return true;
+    QVSLogger::error("Could not write the archive [%s]: %s", archiveName.c_str(), std::strerror(error));
+    return false;
 }
 
-// The archive goes first: the collecting agent takes a header as the sign that its
-// archive is complete.
-void moveIntoOutbox(const std::string& archivePath, const std::string& headerPath) {
-    if (!isRegularFileItem(archivePath) || !isRegularFileItem(headerPath)) return;
-    const std::string outbox = Paths::outboxFolder();
-    moveFileWithoutReplacing(archivePath, outbox + "/" + fileName(archivePath));
-    moveFileWithoutReplacing(headerPath, outbox + "/" + fileName(headerPath));
+bool stageHeader(const ReportStagingFolder& staging, const std::string& headerName, QVScanType scanType) {
+    int error = 0;
+    if (staging.write(headerName, QVReportOutbox::headerLine(scanType), &error)) {
+        QVSLogger::information("Generated header [%s].", headerName.c_str());
+        return true;
+    }
+    QVSLogger::error("Could not write the header [%s]: %s", headerName.c_str(), std::strerror(error));
+    return false;
+}
+
+// The archive goes first: the collecting agent takes a header as the sign that its archive
+// is complete. Whatever fails, the outbox is left without a part of this pair.
+bool moveIntoOutbox(const ReportStagingFolder& staging, const std::string& archiveName, const std::string& headerName) {
+    const std::string outboxPath = Paths::outboxFolder();
+    const FileDescriptor outbox(::open(outboxPath.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    int error = errno;
+    if (!outbox.isOpen()) {
+        QVSLogger::error("Could not open the outbox [%s]: %s", outboxPath.c_str(), std::strerror(error));
+        return false;
+    }
+    if (!staging.moveInto(archiveName, outbox.get(), &error)) {
+        QVSLogger::error("Could not move [%s] into the outbox: %s", archiveName.c_str(), std::strerror(error));
+        return false;
+    }
+    if (!staging.moveInto(headerName, outbox.get(), &error)) {
+        QVSLogger::error("Could not move [%s] into the outbox: %s", headerName.c_str(), std::strerror(error));
+        if (!removeItemAt(outbox.get(), archiveName)) {
+            QVSLogger::error("Could not take [%s] back out of the outbox: %s", archiveName.c_str(), std::strerror(errno));
+        }
+        return false;
+    }
     QVSLogger::information("Move report and header to outbox.");
+    return true;
 }
 
 void createFolder(const std::string& path, const char* failure, const char* success) {
@@ -93,26 +118,43 @@ std::string QVReportOutbox::headerLine(QVScanType scanType) {
     return kHeaderPrefix + writeJson(Value(metadata), JsonStyle::Compact);
 }
 
-void QVReportOutbox::compressReportFileWithScanType(QVScanType scanType,
-                                                     std::chrono::system_clock::time_point date) {
-    const std::string archivePath = Paths::archiveStagingFolder() + "/" + archiveNameForDate(date);
-    if (!itemExists(Paths::temporaryReport())) {
-        QVSLogger::error("The was no file to compress.");
-        return;
-    }
-    removeFile(archivePath);
-    if (!zipTemporaryReport(archivePath)) {
-        QVSLogger::error("Failed to compress hardware report [%s].", fileName(archivePath).c_str());
-        return;
-    }
-    QVSLogger::information("Compressed hardware report [%s].", fileName(archivePath).c_str());
-    if (scanType == QVScanTypeNone) return;
-    const std::string headerPath = headerPathForArchivePath(archivePath);
-    writeHeader(headerPath, scanType);
-    moveIntoOutbox(archivePath, headerPath);
+bool QVReportOutbox::writeTemporaryReport(std::string_view document, int* errorCode) {
+    const std::optional<ReportStagingFolder> staging = ReportStagingFolder::open();
+    int error = EACCES;
+    if (staging && staging->write(kArchiveMemberName, document, &error)) return true;
+    if (errorCode) *errorCode = fileWriteErrorCode(error);
+    return false;
 }
 
-void QVReportOutbox::removeUncompressedReportFile() { removeFile(Paths::temporaryReport()); }
+std::optional<std::string> QVReportOutbox::readTemporaryReport() {
+    const std::optional<ReportStagingFolder> staging = ReportStagingFolder::open();
+    return staging ? staging->read(kArchiveMemberName, kMaximumReportBytes) : std::nullopt;
+}
+
+void QVReportOutbox::removeUncompressedReportFile() {
+    if (const std::optional<ReportStagingFolder> staging = ReportStagingFolder::open()) {
+        staging->remove(kArchiveMemberName);
+    }
+}
+
+bool QVReportOutbox::compressReportFileWithScanType(QVScanType scanType, std::chrono::system_clock::time_point date) {
+    const std::optional<ReportStagingFolder> staging = ReportStagingFolder::open();
+    if (!staging) return false;
+    const std::optional<std::string> report = staging->read(kArchiveMemberName, kMaximumReportBytes);
+    if (!report) {
+        QVSLogger::error("The was no file to compress.");
+        return false;
+    }
+    staging->removeLeftoversExcept(kArchiveMemberName);
+    const std::string archiveName = archiveNameForDate(date);
+    if (!stageArchive(*staging, archiveName, *report)) return false;
+    QVSLogger::information("Compressed hardware report [%s].", archiveName.c_str());
+    if (scanType == QVScanTypeNone) return true;
+    const std::string headerName = headerPathForArchivePath(archiveName);
+    const bool handedOver = stageHeader(*staging, headerName, scanType) && moveIntoOutbox(*staging, archiveName, headerName);
+    if (!handedOver) staging->removeLeftoversExcept(kArchiveMemberName);
+    return handedOver;
+}
 
 bool QVReportOutbox::lazyCreateOutboxAndDeltaFolders() {
     createFolder(Paths::outboxFolder(), "Could not create TOV outbox.  Perhaps not running as root?",
@@ -122,7 +164,14 @@ bool QVReportOutbox::lazyCreateOutboxAndDeltaFolders() {
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(Paths::outboxFolder(), nullptr);
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(Paths::deltaFolder(), nullptr);
     QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(Paths::previousReport(), nullptr);
+    ReportStagingFolder::open();
     return true;
+}
+
+bool QVReportOutbox::holdsReports() {
+    std::error_code error;
+    std::filesystem::directory_iterator entries(Paths::outboxFolder(), error);
+    return !error && entries != std::filesystem::directory_iterator();
 }
 
 void QVReportOutbox::clearOutbox() {

@@ -1,12 +1,17 @@
 #pragma once
 
-// The hand-over of finished reports: the temporary report is zipped into an archive named
-// by the UTC time, a one-line header file is written beside it, and the archive and then
-// its header are moved into the outbox, where another agent collects them. Also keeps the
-// outbox and ".delta" folders in place. Stateless; the report manager serialises the calls.
+// The hand-over of finished reports. The temporary report lives in the private staging
+// folder; it is zipped into an archive named by the UTC time beside it, a one-line header
+// file is written next to the archive, and the archive and then its header are moved into
+// the outbox, where another agent collects them. A pair reaches the outbox whole or not at
+// all: each failing step is logged with its cause and what it left behind is removed. Also
+// keeps the outbox and ".delta" folders in place. Stateless; the report manager serialises
+// the calls.
 
 #include <chrono>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "report/QVScanType.h"
 
@@ -24,13 +29,21 @@ public:
     // "X-NG-metadata: " and the compact metadata object of the scan type.
     static std::string headerLine(QVScanType scanType);
 
-    // Zips the temporary report as of date into the staging folder; unless the scan type
-    // is none, writes the header and moves the archive, then the header, into the outbox.
-    static void compressReportFileWithScanType(QVScanType scanType, std::chrono::system_clock::time_point date);
+    // Writes the temporary report afresh; false, with its file-write error code, on failure.
+    static bool writeTemporaryReport(std::string_view document, int* errorCode);
+    // The temporary report's bytes; nothing when there is none.
+    static std::optional<std::string> readTemporaryReport();
     static void removeUncompressedReportFile();
-    // Makes the outbox and ".delta" folders, owned by root and the daemon's group, replacing
-    // whatever else stands at their paths. Always true.
+
+    // Zips the temporary report as of date in the staging folder; unless the scan type is
+    // none, writes the header and moves the archive, then the header, into the outbox. True
+    // when the pair is in the outbox (for scan type none: when the archive was made).
+    static bool compressReportFileWithScanType(QVScanType scanType, std::chrono::system_clock::time_point date);
+    // Makes the outbox, ".delta" and staging folders, owned by root and the daemon's group,
+    // replacing whatever else stands at their paths. Always true.
     static bool lazyCreateOutboxAndDeltaFolders();
+    // True when the outbox holds anything (reports the collecting agent has not taken yet).
+    static bool holdsReports();
     // Removes the outbox with everything in it and makes the folders again.
     static void clearOutbox();
 };

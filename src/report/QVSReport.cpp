@@ -17,6 +17,7 @@
 #include "report/QVHardwareReportJsonReader.h"
 #include "report/QVHardwareReportJsonWriter.h"
 #include "report/QVReportMerger.h"
+#include "report/QVOwedFullReport.h"
 #include "report/QVReportOutbox.h"
 
 namespace tov {
@@ -52,6 +53,8 @@ CutCopies cutCopiesOf(const Dictionary& differences) {
     return copies;
 }
 
+std::string hashOfTemporaryReport() { return QVSMD5Utils::md5OfData(QVReportOutbox::readTemporaryReport().value_or("")); }
+
 bool holdsCode(const QVFileUtilErrorSlot& error) { return error.has_value() && error->code != 0; }
 
 int codeOf(const QVFileUtilErrorSlot& error) { return error ? error->code : 0; }
@@ -59,7 +62,7 @@ int codeOf(const QVFileUtilErrorSlot& error) { return error ? error->code : 0; }
 // Writes the document to the temporary report; a failed write leaves its code in the slot.
 void writeTemporaryReport(const std::string& document, QVFileUtilErrorSlot& error) {
     int code = 0;
-    if (writeFileAtomically(Paths::temporaryReport(), document, &code)) return;
+    if (QVReportOutbox::writeTemporaryReport(document, &code)) return;
     QVFileUtilError filled;
     filled.domain = QVStoredReport::kFileErrorDomain;
     filled.code = code;
@@ -127,32 +130,53 @@ void QVSReport::reportHardware(bool forced) {
     lazyCreateOutboxAndDeltaFolders();
     const DictionaryRef hardware = performFullHardwareDiscovery();
     factory()->releaseVendorList();
-    const QVScanType scanType = outputJsonFileWithHardware(hardware, forced);
+    // An owed full report is written as a forced scan writes it.
+    const bool fullReportOwed = QVOwedFullReport::isOwed();
+    const QVScanType scanType = outputJsonFileWithHardware(hardware, forced || fullReportOwed);
     if (scanType == QVScanTypeNone) {
         QVSLogger::information("scanType is None, No report written.");
-        return;
+    } else {
+        decideOnReport(scanType, fullReportOwed);
+        removeUncompressedReportFile();
     }
-    decideOnReport(scanType);
-    removeUncompressedReportFile();
+    pendingInventory_ = nullptr;
 }
 
-// Hands the temporary report over unless its hash is the last one handed over or the
-// rate limit holds it back.
-void QVSReport::decideOnReport(QVScanType scanType) {
-    QVSSettings& settings = QVSSettings::defaultSettings();
-    const std::string hash = QVSMD5Utils::md5OfFile(Paths::temporaryReport());
-    if (hash == settings.previousReportHash()) {
+// Hands the temporary report over unless its hash is the last one handed over or the rate
+// limit holds it back. An owed full report goes even when it equals the last one: that one
+// was removed from the outbox before it was collected.
+void QVSReport::decideOnReport(QVScanType scanType, bool fullReportOwed) {
+    const std::string hash = hashOfTemporaryReport();
+    if (!fullReportOwed && hash == QVSSettings::defaultSettings().previousReportHash()) {
         QVSLogger::information("No report written, because previous report hash has not been changed.");
+        // An equal document reached the outbox before, so this inventory counts as handed over.
+        storeHandedOverInventory();
         return;
     }
     if (!shouldGenerateReportFile()) {
         QVSLogger::information("No report written, because rapidReportCount is larger than 10. Rest for 10mins.");
         return;
     }
+    if (!compressReportFileWithScanType(scanType)) return;
+    storeHandedOverInventory();
+    if (scanType == QVScanTypeFull) QVOwedFullReport::settle();
+    storeReportHash(hash);
+}
+
+void QVSReport::storeHandedOverInventory() {
+    if (!pendingInventory_) return;
+    QVFileUtilErrorSlot error;
+    if (!saveFullReportToDisk(pendingInventory_, &error)) {
+        QVSLogger::error("Could not store the report handed over. Error code = [%d]", codeOf(error));
+    }
+    pendingInventory_ = nullptr;
+}
+
+void QVSReport::storeReportHash(const std::string& hash) {
     QVSLogger::debug("Update report hash [%s].", hash.c_str());
+    QVSSettings& settings = QVSSettings::defaultSettings();
     settings.setPreviousReportHash(hash);
-    settings.synchronize();
-    compressReportFileWithScanType(scanType);
+    if (!settings.synchronize()) QVSLogger::error("Could not save the report hash [%s].", hash.c_str());
 }
 
 DictionaryRef QVSReport::performFullHardwareDiscovery() { return discoverHardware(*factory()); }
@@ -231,6 +255,8 @@ DictionaryRef QVSReport::performDiskChangeDiscoveryWithFullReport(const Dictiona
 }
 
 QVScanType QVSReport::outputJsonFileWithHardware(const DictionaryRef& hardware, bool forced) {
+    std::lock_guard<std::recursive_mutex> guard(lock_);
+    pendingInventory_ = nullptr;
     if (!hardware || hardware->empty()) return QVScanTypeNone;
     const DictionaryRef inventory = hardware->get(kInventoryKey).dictionary();
     if (!inventory) return QVScanTypeNone;
@@ -253,9 +279,18 @@ QVScanType QVSReport::outputJsonFileWithHardware(const DictionaryRef& hardware, 
             if (differences->empty()) return QVScanTypeNone;
         }
     }
-    if (!saveFullReportToDisk(inventory, &error)) {
-        QVSLogger::error("Could not generate delta scan file. Error code = [%lu]", static_cast<unsigned long>(codeOf(error)));
-        return QVScanTypeNone;
+    if (holdsCode(error)) {
+        // Nothing stored to compare with: a new installation, whose first scan becomes the
+        // stored report at once. The error in the slot then holds this report back.
+        if (!saveFullReportToDisk(inventory, &error)) {
+            QVSLogger::error("Could not generate delta scan file. Error code = [%lu]",
+                             static_cast<unsigned long>(codeOf(error)));
+            return QVScanTypeNone;
+        }
+    } else {
+        // Stored once the report is handed over, so that one held back or lost on the way
+        // leaves its changes in the next comparison.
+        pendingInventory_ = inventory;
     }
     return differences ? writeDeltaReport(differences, error) : writeFullReport(hardware, error);
 }
@@ -313,9 +348,8 @@ void QVSReport::outputJsonFileWithDeltaDictionary(const DictionaryRef& changes) 
         return;
     }
     QVSLogger::debug("Generated Delta Report.");
-    QVSSettings& settings = QVSSettings::defaultSettings();
-    const std::string hash = QVSMD5Utils::md5OfFile(Paths::temporaryReport());
-    if (hash == settings.previousReportHash()) {
+    const std::string hash = hashOfTemporaryReport();
+    if (hash == QVSSettings::defaultSettings().previousReportHash()) {
         QVSLogger::debug("Delta report is writen, but md5 hash is same as previous on, So, do not report.");
         removeUncompressedReportFile();
         return;
@@ -325,15 +359,27 @@ void QVSReport::outputJsonFileWithDeltaDictionary(const DictionaryRef& changes) 
         removeUncompressedReportFile();
         return;
     }
-    QVSLogger::debug("Update report hash [%s].", hash.c_str());
-    settings.setPreviousReportHash(hash);
-    settings.synchronize();
-    const DictionaryRef stored = getFullReportFromDisk();
-    const DictionaryRef merged = stored ? stored->shallowCopy() : nullptr;
-    if (merged) mergeAdded(copies.added, copies.changed, copies.removed, *merged);
-    saveFullReportToDisk(merged, &error);
-    compressReportFileWithScanType(QVScanTypeDelta);
+    // The changes enter the stored report only once they are in the outbox; until then the
+    // next full scan still finds them.
+    if (compressReportFileWithScanType(QVScanTypeDelta)) {
+        mergeIntoStoredReport(copies.added, copies.changed, copies.removed);
+        storeReportHash(hash);
+    }
     removeUncompressedReportFile();
+}
+
+// With no stored report there is nothing to merge into; the next full scan then writes a
+// full report.
+void QVSReport::mergeIntoStoredReport(const DictionaryRef& added, const DictionaryRef& changed,
+                                      const DictionaryRef& removed) {
+    const DictionaryRef stored = getFullReportFromDisk();
+    if (!stored) return;
+    const DictionaryRef merged = stored->shallowCopy();
+    mergeAdded(added, changed, removed, *merged);
+    QVFileUtilErrorSlot error;
+    if (!saveFullReportToDisk(merged, &error)) {
+        QVSLogger::error("Could not store the report handed over. Error code = [%d]", codeOf(error));
+    }
 }
 
 void QVSReport::mergeAdded(const DictionaryRef& added, const DictionaryRef& modified, const DictionaryRef& removed,
@@ -356,20 +402,29 @@ bool QVSReport::saveFullReportToDisk(const DictionaryRef& inventory, QVFileUtilE
     return storedReport_.saveFullReportToDisk(inventory, error);
 }
 
-void QVSReport::compressReportFileWithScanType(QVScanType scanType) {
+bool QVSReport::compressReportFileWithScanType(QVScanType scanType) {
     std::lock_guard<std::recursive_mutex> guard(lock_);
     const std::chrono::system_clock::time_point date = clock_();
     // Set before anything can fail: a failed hand-over still counts for the rate limit.
     previousReportTime_ = secondsSince1970(date);
-    QVReportOutbox::compressReportFileWithScanType(scanType, date);
+    return QVReportOutbox::compressReportFileWithScanType(scanType, date);
 }
 
 void QVSReport::removeUncompressedReportFile() { QVReportOutbox::removeUncompressedReportFile(); }
 
 bool QVSReport::lazyCreateOutboxAndDeltaFolders() { return QVReportOutbox::lazyCreateOutboxAndDeltaFolders(); }
 
+// Reports still in the outbox were never collected; a full report takes their place, and
+// the debt is written down before they go, so that a crash in between loses nothing.
 void QVSReport::clearOutbox() {
     std::lock_guard<std::recursive_mutex> guard(lock_);
+    if (QVReportOutbox::holdsReports()) {
+        lazyCreateOutboxAndDeltaFolders();
+        if (!QVOwedFullReport::owe()) {
+            QVSLogger::error("The outbox is kept: its reports could not be replaced by a full report.");
+            return;
+        }
+    }
     QVReportOutbox::clearOutbox();
 }
 
@@ -416,6 +471,7 @@ void QVSReport::resetForTesting() {
     manager.previousReportTime_ = 0;
     manager.rapidReportCount_ = 0;
     manager.storedReport_ = QVStoredReport();
+    manager.pendingInventory_ = nullptr;
     manager.storedReport_.loadPreviousReportData();
 }
 

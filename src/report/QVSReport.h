@@ -2,8 +2,15 @@
 
 // The daemon's one report manager. It runs full scans and the narrow change scans (IP
 // addresses, operating-system identity, disks), decides whether their report is a full
-// or a delta report, keeps the stored report in step, holds back reports whose content
-// hash is unchanged or that come too fast, and hands the rest over to the outbox.
+// or a delta report, holds back reports whose content hash is unchanged or that come too
+// fast, and hands the rest over to the outbox.
+//
+// Hand-over is at least once: the stored report is the inventory last handed over (for a
+// new installation, its first scan), and it and the report hash move on only when a report
+// reaches the outbox. A report held back by the rate limit, lost on the way or cut short by
+// a crash therefore leaves its changes in the next comparison, and the next report handed
+// over carries them. Reports removed from the outbox before they were collected are
+// replaced by a full report (QVOwedFullReport).
 
 #include <chrono>
 #include <cstdint>
@@ -60,7 +67,8 @@ public:
     void loadPreviousReportData();
     DictionaryRef getFullReportFromDisk();
     bool saveFullReportToDisk(const DictionaryRef& inventory, QVFileUtilErrorSlot* error);
-    void compressReportFileWithScanType(QVScanType scanType);
+    // True when the report reached the outbox (for scan type none: when it was zipped).
+    bool compressReportFileWithScanType(QVScanType scanType);
     void removeUncompressedReportFile();
     bool lazyCreateOutboxAndDeltaFolders();
     void clearOutbox();
@@ -82,12 +90,17 @@ private:
     std::shared_ptr<QVDiscovererFactory> factory() const;
     QVScanType writeFullReport(const DictionaryRef& hardware, QVFileUtilErrorSlot& error);
     QVScanType writeDeltaReport(const DictionaryRef& differences, QVFileUtilErrorSlot& error);
-    void decideOnReport(QVScanType scanType);
+    void decideOnReport(QVScanType scanType, bool fullReportOwed);
+    void storeHandedOverInventory();
+    void mergeIntoStoredReport(const DictionaryRef& added, const DictionaryRef& changed, const DictionaryRef& removed);
+    void storeReportHash(const std::string& hash);
 
     mutable std::recursive_mutex lock_;
     double previousReportTime_ = 0;
     std::uint64_t rapidReportCount_ = 0;
     QVStoredReport storedReport_;
+    // The inventory of the full-scan report being decided on, stored once it is handed over.
+    DictionaryRef pendingInventory_;
     std::shared_ptr<QVDiscovererFactory> factory_;
     Clock clock_;
 };

@@ -6,6 +6,7 @@
 #include "common/StringData.h"
 #include "report/QVHardwareReportJsonReader.h"
 #include "report/QVHardwareReportJsonWriter.h"
+#include "report/QVOwedFullReport.h"
 
 namespace tov {
 namespace {
@@ -22,10 +23,25 @@ bool isMissingFileCode(int code) {
     return code == FileErrorCode::kNoSuchFile || code == FileErrorCode::kReadNoSuchFile;
 }
 
+// Whatever stands at the stored report's path that is not a regular file (a folder, a link,
+// a pipe) is removed without being followed; true when it was.
+bool removedIntruder(const std::string& path) {
+    if (!itemExists(path) || isRegularFileItem(path)) return false;
+    QVSLogger::warning("Removed [%s]: it was not a stored report file.", path.c_str());
+    if (!removeItemWithoutFollowing(path)) QVSLogger::error("Could not remove [%s].", path.c_str());
+    return true;
+}
+
 }  // namespace
 
 std::optional<std::string> QVStoredReport::readPreviousReport(QVFileUtilErrorSlot* error) const {
     const std::string path = Paths::previousReport();
+    // Nothing there to compare with, yet a report was stored before: read as a stored report
+    // that is no report, so the scan writes a full report.
+    if (removedIntruder(path)) {
+        QVOwedFullReport::owe();
+        return std::string();
+    }
     if (regularFileSize(path) > kMaximumReportBytes) return std::string();
     int code = 0;
     std::optional<std::string> bytes = readWholeFile(path, kMaximumReportBytes, &code);
@@ -59,7 +75,9 @@ DictionaryRef QVStoredReport::getFullReportFromDisk() {
 
 bool QVStoredReport::saveFullReportToDisk(const DictionaryRef& inventory, QVFileUtilErrorSlot* error) {
     const std::string path = Paths::previousReport();
-    removeFile(path);
+    // The old file stays until the new one replaces it whole; only something that a rename
+    // cannot replace (a folder) is cleared out of the way first.
+    removedIntruder(path);
     const std::optional<std::string> json = QVHardwareReportJsonWriter::jsonContentOfHardware(inventory);
     int code = FileErrorCode::kWriteUnknown;
     if (!json || !writeFileAtomically(path, *json, &code)) {

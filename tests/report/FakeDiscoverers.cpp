@@ -149,7 +149,7 @@ std::string ReportTest::logText() const {
 
 std::string ReportTest::outbox() const { return Paths::outboxFolder(); }
 
-std::string ReportTest::stagingFolder() const { return Paths::archiveStagingFolder(); }
+std::string ReportTest::stagingFolder() const { return Paths::stagingFolder(); }
 
 std::string ReportTest::previousReport() const { return Paths::previousReport(); }
 

@@ -600,7 +600,7 @@ TEST(QVHardwareReportJsonReader, ElementsThatAreNotObjectsReadAsNothing) {
 
 TEST(QVHardwareReportJsonReader, SectionsListsAndNetworkOfTheWrongTypeReadAsNothing) {
     for (const char* content : {
-             R"({"operatingSystems":{},"sysctl":[]})",
+             R"({"operatingSystems":{},"sysctl":[{}]})",
              R"({"operatingSystems":{},"iokit":"text"})",
              R"({"operatingSystems":{},"events":[{"Network":{}}]})",
              R"({"operatingSystems":{},"iokit":{"keyboards":{"name":"Magic Keyboard"}}})",
@@ -612,13 +612,32 @@ TEST(QVHardwareReportJsonReader, SectionsListsAndNetworkOfTheWrongTypeReadAsNoth
     }
 }
 
-TEST(QVHardwareReportJsonReader, NullSectionsAndListsReadAsMissing) {
+TEST(QVHardwareReportJsonReader, NullSectionIsOfTheWrongType) {
+    for (const char* content : {R"({"operatingSystems":{},"sysctl":null})", R"({"operatingSystems":{},"events":null})"}) {
+        EXPECT_EQ(Reader::hardwareDictionaryWithJsonContent(content), nullptr) << content;
+    }
+}
+
+TEST(QVHardwareReportJsonReader, NullListReadsAsMissing) {
     const DictionaryRef read = Reader::hardwareDictionaryWithJsonContent(
-        R"({"operatingSystems":{},"sysctl":null,"iokit":{"keyboards":null,"displays":[]}})");
+        R"({"operatingSystems":{},"iokit":{"keyboards":null,"displays":[]}})");
     ASSERT_NE(read, nullptr);
-    EXPECT_TRUE(read->get("sysctl").dictionary()->empty());
     ASSERT_NE(read->get("iokit").dictionary()->get("keyboards").array(), nullptr);
     EXPECT_TRUE(read->get("iokit").dictionary()->get("keyboards").array()->empty());
+}
+
+TEST(QVHardwareReportJsonReader, EmptySectionOfEitherShapeReadsAsAnEmptySection) {
+    for (const char* shape : {"[]", "{}"}) {
+        const std::string content = std::string(R"({"operatingSystems":{},"sysctl":)") + shape +
+                                    R"(,"iokit":)" + shape + R"(,"events":)" + shape + "}";
+        const DictionaryRef read = Reader::hardwareDictionaryWithJsonContent(content);
+        ASSERT_NE(read, nullptr) << content;
+        for (const char* section : {"sysctl", "iokit", "events"}) {
+            const DictionaryRef dictionary = read->get(section).dictionary();
+            ASSERT_NE(dictionary, nullptr) << content << " " << section;
+            EXPECT_TRUE(dictionary->empty()) << content << " " << section;
+        }
+    }
 }
 
 TEST(QVHardwareReportJsonReader, SectionReadersGiveEmptyDictionariesForEmptySections) {

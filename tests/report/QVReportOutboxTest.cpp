@@ -96,14 +96,18 @@ TEST_F(QVReportOutboxTest, NoTemporaryReportIsLogged) {
     EXPECT_TRUE(outboxNames().empty());
 }
 
-TEST_F(QVReportOutboxTest, PairOfTheSameSecondIsNotOverwrittenAndStaysStaged) {
+TEST_F(QVReportOutboxTest, PairOfTheSameSecondIsNotOverwrittenAndFailsWhole) {
     writeFile(Paths::temporaryReport(), "first");
-    QVReportOutbox::compressReportFileWithScanType(QVScanTypeFull, januaryThirtyFirst());
+    EXPECT_TRUE(QVReportOutbox::compressReportFileWithScanType(QVScanTypeFull, januaryThirtyFirst()));
     writeFile(Paths::temporaryReport(), "second");
-    QVReportOutbox::compressReportFileWithScanType(QVScanTypeFull, januaryThirtyFirst());
+    EXPECT_FALSE(QVReportOutbox::compressReportFileWithScanType(QVScanTypeFull, januaryThirtyFirst()));
     EXPECT_EQ(testing::zipFirstMemberText(outbox() + "/hardware.json-20240131091500.zip"), "first");
-    EXPECT_EQ(testing::zipFirstMemberText(stagedArchive()), "second");
     EXPECT_EQ(outboxNames().size(), 2u);
+    EXPECT_NE(logText().find("ERROR - Could not move [hardware.json-20240131091500.zip] into the outbox: File exists"),
+              std::string::npos)
+        << logText();
+    EXPECT_FALSE(std::filesystem::exists(stagedArchive()));
+    EXPECT_FALSE(std::filesystem::exists(stagingFolder() + "/hardware.json-20240131091500.hdr"));
 }
 
 TEST_F(QVReportOutboxTest, TemporaryReportReachedThroughALinkIsNotZipped) {

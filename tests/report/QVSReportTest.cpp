@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <thread>
+#include <vector>
 
 #include "common/Paths.h"
 #include "common/QVSMD5Utils.h"
@@ -48,7 +50,16 @@ protected:
 };
 
 TEST_F(QVSReportTest, ThereIsOneManager) {
-    EXPECT_EQ(&QVSReport::sharedManager(), &QVSReport::sharedManager());
+    // Asked for from several threads at once, every caller gets the same manager, and what
+    // one of them changes the others see.
+    std::vector<QVSReport*> managers(8, nullptr);
+    std::vector<std::thread> threads;
+    for (QVSReport*& found : managers) threads.emplace_back([&found] { found = &QVSReport::sharedManager(); });
+    for (std::thread& thread : threads) thread.join();
+    for (QVSReport* found : managers) EXPECT_EQ(found, &manager());
+    setTime(4242);
+    managers.front()->compressReportFileWithScanType(QVScanTypeNone);
+    EXPECT_EQ(managers.back()->previousReportTime(), 4242);
 }
 
 TEST_F(QVSReportTest, FullScanRunsEverySectionInOrderUnderTheInventory) {
@@ -145,7 +156,7 @@ TEST_F(QVSReportTest, SameDocumentAsTheLastHandedOverIsNotHandedOverButIsStored)
     handOverFirstFullReport();
     const std::string stored = readFile(previousReport());
     writeFile(previousReport(), "{}");
-    writeFile(outbox() + "/earlier.zip", "x");
+    std::filesystem::remove_all(outbox());  // collected
     manager().reportHardwareForced();
     EXPECT_NE(logText().find("No report written, because previous report hash has not been changed."), std::string::npos);
     EXPECT_TRUE(outboxNames().empty());

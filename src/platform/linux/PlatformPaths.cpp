@@ -7,7 +7,6 @@ const PlatformPathTable& platformPaths() {
         "/opt/Quorvel/KELD/Components/TOV",
         "/opt/Quorvel/KELD/logs",
         "/etc/systemd/system/com.quorvel.keldservice.tov.service",
-        "/tmp",
     };
     return table;
 }
