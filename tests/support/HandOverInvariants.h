@@ -13,8 +13,8 @@ namespace tov::testing {
 enum class OutboxRule {
     // Every header has its archive and every archive its header; nothing else is there.
     WholePairsOnly,
-    // After a crash an archive may wait for its header and a fresh file for its rename:
-    // every header still has a whole archive.
+    // After a crash (or a removal the system refused) an archive may wait for its header
+    // and a fresh file for its rename: every header still has a whole archive.
     HeadersHaveArchives,
 };
 
@@ -27,8 +27,7 @@ std::vector<std::string> outboxBreaches(OutboxRule rule);
 // Report files left in /tmp, where nothing of a report may stay once a scan has ended.
 std::vector<std::string> temporaryFolderBreaches();
 
-// All of the above that apply after a scan that ran to its end (rule WholePairsOnly)
-// or after one that was killed (rule HeadersHaveArchives, /tmp not looked at).
+// All of the above that apply under rule (with HeadersHaveArchives, /tmp is not looked at).
 std::vector<std::string> handOverBreaches(OutboxRule rule);
 
 // The reports of the whole pairs in the outbox, unzipped.

@@ -113,9 +113,10 @@ TEST_F(HandOverCrash, AForcedScanKilledAtAnyInstantLosesNothingAndBreaksNoPair) 
                     (outcome.killed ? "" : " (it had ended)") + "\n";
         for (const std::string& breach : outcome.breaches) failures += "    " + breach + "\n";
     }
-    const std::string figures = std::to_string(runs) + " runs with a scan time of " + std::to_string(runTime.count()) +
-                                " us, " + std::to_string(killed) + " killed before their end; seed " +
-                                std::to_string(seed) + " (repeat with --gtest_random_seed=" + std::to_string(seed) + ")";
+    const std::string figures = std::to_string(runs) + " runs with a scan time of " +
+                                std::to_string(runTime.count()) + " us, " + std::to_string(killed) +
+                                " killed before their end; seed " + std::to_string(seed) +
+                                " (repeat with --gtest_random_seed=" + std::to_string(seed) + ")";
     std::printf("%s\n", figures.c_str());
     // Most of the crashes must happen, or the test would only watch whole scans.
     EXPECT_GE(killed, kCrashes / 2) << figures;
