@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <vector>
 
 namespace tov {
@@ -92,9 +93,15 @@ std::string writeFreshSibling(const std::string& destination, std::string_view b
     temporary.push_back('\0');
     Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (file.get() < 0) return "";
-    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
-    if (!file.close() || !written) {
+    bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    int cause = written ? 0 : errno;
+    if (!file.close() && written) {
+        written = false;
+        cause = errno;
+    }
+    if (!written) {
         ::unlink(temporary.data());
+        errno = cause;
         return "";
     }
     return temporary.data();
@@ -158,8 +165,10 @@ bool writeFileAtomically(const std::string& path, std::string_view bytes, int* e
         return false;
     }
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        setCode(errorCode, writeErrorCode(errno));
+        const int cause = errno;
+        setCode(errorCode, writeErrorCode(cause));
         ::unlink(temporary.c_str());
+        errno = cause;
         return false;
     }
     return true;
@@ -175,6 +184,16 @@ bool moveFileWithoutReplacing(const std::string& source, const std::string& dest
 
 bool removeFile(const std::string& path) {
     return ::unlink(path.c_str()) == 0 || errno == ENOENT;
+}
+
+bool removeItem(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) return errno == ENOENT;
+    if (!S_ISDIR(status.st_mode)) return removeFile(path);
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+    if (error) errno = error.value();
+    return !error;
 }
 
 }  // namespace tov
