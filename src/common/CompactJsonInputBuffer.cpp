@@ -91,8 +91,8 @@ void CompactJsonInputBuffer::passOutsideString(char character) {
     }
 }
 
-// The 0 is followed by a blank so that it can never join what follows into a longer
-// number ("{}.5" must stay invalid).
+// The 0 stands between blanks so that it can never join what stands before or after it
+// into one number ("-{}" and "{}.5" must stay invalid).
 void CompactJsonInputBuffer::replaceEmptyContainer() {
     pendingOpener_ = 0;
     pendingBlank_ = false;
@@ -100,7 +100,7 @@ void CompactJsonInputBuffer::replaceEmptyContainer() {
         heldComma_ = false;
         return;
     }
-    output_ += "0 ";
+    output_ += " 0 ";
     afterReplacementInArray_ = isInArray();
 }
 
