@@ -77,9 +77,15 @@ std::string writeFreshSibling(const std::string& destination, std::string_view b
     temporary.push_back('\0');
     Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     if (file.get() < 0) return "";
-    const bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
-    if (!file.close() || !written) {
+    bool written = writeAll(file.get(), bytes) && ::fsync(file.get()) == 0;
+    int cause = written ? 0 : errno;
+    if (!file.close() && written) {
+        written = false;
+        cause = errno;
+    }
+    if (!written) {
         ::unlink(temporary.data());
+        errno = cause;
         return "";
     }
     return temporary.data();
@@ -207,8 +213,10 @@ bool writeFileAtomically(const std::string& path, std::string_view bytes, int* e
         return false;
     }
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        setCode(errorCode, writeErrorCodeOf(errno));
+        const int cause = errno;
+        setCode(errorCode, writeErrorCodeOf(cause));
         ::unlink(temporary.c_str());
+        errno = cause;
         return false;
     }
     return true;

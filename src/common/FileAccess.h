@@ -40,8 +40,8 @@ std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t 
                                          int* errorCode = nullptr);
 
 // Replaces the file at path by bytes, mode 0600, through a fresh file and a rename; the
-// data is flushed to disk before the rename. False, with the code in errorCode when given,
-// when any step fails; the old file is then left as it was.
+// data is flushed to disk before the rename. False, with the code in errorCode when given
+// and the cause in errno, when any step fails; the old file is then left as it was.
 bool writeFileAtomically(const std::string& path, std::string_view bytes, int* errorCode = nullptr);
 
 // Moves the file at source to destination, which must not exist yet (an existing file

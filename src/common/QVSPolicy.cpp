@@ -1,19 +1,23 @@
 #include "common/QVSPolicy.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <fstream>
-#include <iterator>
+#include <cerrno>
+#include <istream>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
+#include "common/BoundedInputBuffer.h"
 #include "common/Paths.h"
 #include "common/QVSFileUtils.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
 #include "common/TextUtils.h"
-#include "common/ZipMembers.h"
-#include "model/Json.h"
+#include "common/TopLevelJsonKeys.h"
+#include "common/ZipMemberReader.h"
 
 namespace tov {
 namespace {
@@ -29,15 +33,56 @@ bool isReadableRegularFile(const std::string& path) {
            status.st_size <= QVSPolicy::kMaximumPolicyFileBytes;
 }
 
-std::optional<std::string> readPlainFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+// Reads the plain file at path a chunk at a time; nothing when it cannot be opened.
+BoundedInputBuffer::ChunkReader plainFileReader(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0) return nullptr;
+    const auto file = std::shared_ptr<int>(new int(descriptor), [](int* opened) {
+        ::close(*opened);
+        delete opened;
+    });
+    return [file](char* buffer, std::size_t size) -> std::int64_t {
+        ssize_t count;
+        do {
+            count = ::read(*file, buffer, size);
+        } while (count < 0 && errno == EINTR);
+        return count;
+    };
 }
 
-std::optional<std::string> readPolicyBytes(const std::string& path) {
-    if (QVSFileUtils::IsZipFile(path)) return readZipMembers(path, QVSPolicy::kMaximumPolicyFileBytes);
-    return readPlainFile(path);
+// Reads the members of the ZIP archive at path a chunk at a time; nothing when it is not
+// an archive.
+BoundedInputBuffer::ChunkReader zipMembersReader(const std::string& path) {
+    const auto archive = std::make_shared<ZipMemberReader>(path);
+    if (!archive->isOpen()) return nullptr;
+    return [archive](char* buffer, std::size_t size) { return archive->read(buffer, size); };
+}
+
+BoundedInputBuffer::ChunkReader policyBytesReader(const std::string& path) {
+    return QVSFileUtils::IsZipFile(path) ? zipMembersReader(path) : plainFileReader(path);
+}
+
+// The policy's keys at the top level of its JSON document, read in one bounded pass;
+// nothing, with a debug line, when the file cannot be read whole or is not JSON.
+std::optional<TopLevelJsonKeys> readPolicyKeys(const std::string& path) {
+    BoundedInputBuffer::ChunkReader reader = policyBytesReader(path);
+    if (!reader) {
+        QVSLogger::debug("read policy file failed: [%s] could not be read.", path.c_str());
+        return std::nullopt;
+    }
+    BoundedInputBuffer buffer(std::move(reader), QVSPolicy::kMaximumPolicyFileBytes);
+    std::istream input(&buffer);
+    TopLevelJsonKeys keys = readTopLevelJsonKeys(
+        input, {QVSPolicy::kFullScanIntervalHoursKey, QVSPolicy::kScanAfterRestartKey, QVSPolicy::kEventDrivenScanKey});
+    if (buffer.readFailed() || buffer.exceededBound()) {
+        QVSLogger::debug("read policy file failed: [%s] could not be read.", path.c_str());
+        return std::nullopt;
+    }
+    if (!keys.parsed) {
+        QVSLogger::debug("read policy file failed: [%s] is not JSON (%s).", path.c_str(), keys.error.c_str());
+        return std::nullopt;
+    }
+    return keys;
 }
 
 // Text reads as a boolean when it starts, after blanks, a sign and zeros, with Y, T or a
@@ -74,8 +119,8 @@ void copyPolicyKeys(const Dictionary& policy, Dictionary& dictionary) {
     }
 }
 
-std::string describeRootType(const Value& root) {
-    if (root.isArray()) return "the policy is a JSON array, not an object";
+std::string describeRootType(JsonRootKind root) {
+    if (root == JsonRootKind::Array) return "the policy is a JSON array, not an object";
     return "the policy is a single JSON value, not an object";
 }
 
@@ -88,21 +133,11 @@ QVSPolicy& QVSPolicy::sharedPolicy() {
 
 void QVSPolicy::populateDictionary(Dictionary& dictionary, const std::string& path) {
     if (path.empty() || !isReadableRegularFile(path)) return;
-    const std::optional<std::string> bytes = readPolicyBytes(path);
-    if (!bytes) {
-        QVSLogger::debug("read policy file failed: [%s] could not be read.", path.c_str());
-        return;
-    }
-    std::string error;
-    const std::optional<Value> root = parseJson(*bytes, &error);
-    if (!root) {
-        QVSLogger::debug("read policy file failed: [%s] is not JSON (%s).", path.c_str(), error.c_str());
-        return;
-    }
+    const std::optional<TopLevelJsonKeys> policy = readPolicyKeys(path);
+    if (!policy) return;
     try {
-        const DictionaryRef policy = root->dictionary();
-        if (!policy) throw UnreadablePolicyValue(describeRootType(*root));
-        copyPolicyKeys(*policy, dictionary);
+        if (policy->root != JsonRootKind::Object) throw UnreadablePolicyValue(describeRootType(policy->root));
+        copyPolicyKeys(policy->values, dictionary);
     } catch (const std::exception& problem) {
         QVSLogger::warning("read policy file failed with exception. %s", problem.what());
     }

@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <map>
 #include <memory>
@@ -52,6 +54,22 @@ bool isNonFolderItem(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
+bool isFolderItem(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Replaces whatever stands at path by bytes: the old file stays until the new one is
+// complete and on disk, a symbolic link is replaced rather than followed, and a folder in
+// the way is removed first. On failure, why.
+std::optional<std::string> replaceFile(const std::string& path, const std::string& bytes) {
+    if (isFolderItem(path) && !removeItemWithoutFollowing(path)) {
+        return "could not remove the folder at " + path + ": " + std::strerror(errno);
+    }
+    if (!writeFileAtomically(path, bytes)) return "could not write " + path + ": " + std::strerror(errno);
+    return std::nullopt;
+}
+
 }  // namespace
 
 QVSSettings& QVSSettings::defaultSettings() {
@@ -90,7 +108,8 @@ Dictionary QVSSettings::readSettings() const {
 }
 
 // The permission repair of an existing file runs before the write; a new file is written
-// with mode 0600 and gets its group on the next read.
+// with mode 0600 and gets its group on the next read. A failed write leaves the old file
+// as it was and the values marked as changed.
 bool QVSSettings::saveSettings() {
     std::lock_guard<std::recursive_mutex> guard(lock_);
     try {
@@ -100,7 +119,10 @@ bool QVSSettings::saveSettings() {
             QVSLogger::error("saveSettings. ex = [%s]", "the settings cannot be written as a keyed archive");
             return false;
         }
-        writeFileAtomically(path_, *archive);
+        if (const std::optional<std::string> failure = replaceFile(path_, *archive)) {
+            QVSLogger::error("saveSettings. ex = [%s]", failure->c_str());
+            return false;
+        }
         if (repairError) {
             QVSLogger::error("Could not ensure proper permissions on setting file. Error code = [%lu]",
                              static_cast<unsigned long>(*repairError));
@@ -140,7 +162,10 @@ void QVSSettings::removeSettingsFile() {
     std::lock_guard<std::recursive_mutex> guard(lock_);
     repairPermissions();
     if (!isNonFolderItem(path_)) return;
-    removeFile(Paths::settingsFile());
+    if (!removeItemWithoutFollowing(Paths::settingsFile())) {
+        QVSLogger::error("removeSettingsFile: could not remove %s: %s", Paths::settingsFile().c_str(),
+                         std::strerror(errno));
+    }
     settings_.clear();
     updateOn_.reset();
     dirty_ = false;

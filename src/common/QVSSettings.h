@@ -39,16 +39,19 @@ public:
     // The file's dictionary after repairing its owner and mode; empty when the file is
     // missing or cannot be decoded. Does not replace the values in memory.
     Dictionary readSettings() const;
-    // Writes the values to the file; false when the permission repair reported an error
-    // (the file is written all the same) or the values could not be encoded.
+    // Replaces the file by the values (a link or folder standing there is replaced, never
+    // followed); false, with an error line, when the permission repair reported an error
+    // (the file is written all the same), the values could not be encoded or the file could
+    // not be written (the old file then stays as it was).
     bool saveSettings();
     // Saves when a value changed since the last successful save; true otherwise.
     bool synchronize();
     // Re-creates a vanished file from memory, or takes the file's values when its
     // modification time changed and it holds any.
     void checkFileUpdate();
-    // Deletes the file at the default settings path (not this instance's own path) when
-    // something that is not a folder exists at this instance's path, and forgets all values.
+    // Removes whatever stands at the default settings path (not this instance's own path;
+    // a link is not followed) when something that is not a folder exists at this
+    // instance's path, and forgets all values.
     void removeSettingsFile();
 
     std::optional<std::string> previousPolicyHash() const;

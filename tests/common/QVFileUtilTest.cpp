@@ -72,9 +72,23 @@ TEST(QVFileUtilPopulateError, ReplacesAnEarlierError) {
     EXPECT_EQ(slot->message, "second");
 }
 
+// Without a slot the failures still show in the answers, and an error meant for no slot
+// reaches no other.
 TEST(QVFileUtilPopulateError, NoSlotIsAllowed) {
+    QVFileUtilErrorSlot other = anError(3);
     QVFileUtil::optionallyPopulateError(nullptr, 1, "ignored");
-    SUCCEED();
+    ASSERT_TRUE(other.has_value());
+    EXPECT_EQ(other->code, 3);
+
+    testing::TestFolder folder;
+    EXPECT_FALSE(QVFileUtil::isAccessiblePath(folder.file("missing"), nullptr));
+    EXPECT_FALSE(QVFileUtil::isAccessiblePath(folder.write("plain", "x"), nullptr));
+    if (geteuid() == 0) {
+        EXPECT_FALSE(QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath("", nullptr));
+        EXPECT_FALSE(QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(folder.file("missing"), nullptr));
+        EXPECT_TRUE(QVFileUtil::ensureReadWritePermissionsForRootUserFileAtPath(folder.file("plain"), nullptr));
+        EXPECT_EQ(testing::lstatOf(folder.file("plain")).st_mode & 07777, 0600u);
+    }
 }
 
 TEST_F(QVFileUtilAsRoot, FileGetsTheRealUserGroupZeroAndOwnerReadWrite) {

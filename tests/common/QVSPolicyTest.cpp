@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 #include <zip.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <sstream>
 
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "support/ChildProcess.h"
 #include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
 
@@ -169,6 +173,93 @@ TEST_F(QVSPolicyTest, AFileLargerThanOneHundredMebibytesIsNotRead) {
     EXPECT_FALSE(policy.scanAfterRestart());
     EXPECT_FALSE(policy.isPolicyFileExist());
     EXPECT_EQ(log().find("read policy file failed"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tov
+
+namespace tov {
+namespace {
+
+// Peak resident size growth of this process while body runs, in bytes (from the kernel's
+// high-water mark, which is reset first).
+std::int64_t peakGrowthWhile(const std::function<void()>& body) {
+    auto statusField = [](const std::string& field) {
+        std::istringstream status(readFile("/proc/self/status"));
+        std::string line;
+        while (std::getline(status, line)) {
+            if (line.rfind(field + ":", 0) == 0) return std::stoll(line.substr(field.size() + 1)) * 1024;
+        }
+        return -1LL;
+    };
+    writeFile("/proc/self/clear_refs", "5");
+    const std::int64_t before = statusField("VmRSS");
+    body();
+    return statusField("VmHWM") - before;
+}
+
+TEST_F(QVSPolicyTest, KeysOfNestedObjectsAreNotPolicyKeys) {
+    writePolicy(R"({"Other": {"ScanAfterRestart": true, "FullScanIntervalHours": 1}, "List": [{"EventDrivenScan": 1}]})");
+    EXPECT_FALSE(policy.isPolicyFileExist());
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_FALSE(policy.eventDrivenScan());
+    EXPECT_EQ(policy.fullScanIntervalSeconds(), 2678400.0);
+}
+
+TEST_F(QVSPolicyTest, APolicyNestedDeeperThanTheJsonLimitGivesTheDefaults) {
+    const auto nestedPolicy = [](int levels) {
+        return R"({"ScanAfterRestart": true, "Deep": )" + std::string(static_cast<std::size_t>(levels), '[') +
+               std::string(static_cast<std::size_t>(levels), ']') + "}";
+    };
+    writePolicy(nestedPolicy(31));
+    EXPECT_TRUE(policy.scanAfterRestart());
+    writePolicy(nestedPolicy(32));
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_TRUE(logHas("is not JSON (nested too deeply"));
+}
+
+// The filler of a hostile policy is skipped, not built: memory stays far below the size
+// of what the archive holds, and the key after the filler is still found.
+TEST_F(QVSPolicyTest, AZippedPolicyFullOfFillerIsReadInLittleMemory) {
+    {
+        std::string filler = R"({"Filler": [)";
+        for (int index = 0; index < 16'000'000; ++index) filler += "{},";
+        filler += R"({}], "FullScanIntervalHours": 5})";
+        writeZip(Paths::policyFile(), "policy.json", filler);
+    }
+    const testing::ChildResult result = testing::runInChild([this] {
+        double seconds = 0;
+        const std::int64_t growth = peakGrowthWhile([&] { seconds = policy.fullScanIntervalSeconds(); });
+        std::printf("%.0f %lld", seconds, static_cast<long long>(growth));
+        return 0;
+    });
+    ASSERT_EQ(result.exitCode, 0);
+    std::istringstream figures(result.output);
+    double seconds = 0;
+    long long growth = 0;
+    figures >> seconds >> growth;
+    EXPECT_EQ(seconds, 18000.0);
+    EXPECT_GT(growth, 0);
+    EXPECT_LT(growth, 16LL << 20) << "48 MB of filler";
+}
+
+TEST_F(QVSPolicyTest, AZippedPolicyHoldingMoreThanOneHundredMebibytesIsNotRead) {
+    {
+        std::string text = R"({"ScanAfterRestart": true})";
+        text.resize(static_cast<std::size_t>(QVSPolicy::kMaximumPolicyFileBytes) + 1, ' ');
+        writeZip(Paths::policyFile(), "policy.json", text);
+    }
+    EXPECT_FALSE(policy.scanAfterRestart());
+    EXPECT_TRUE(logHas("read policy file failed: [" + Paths::policyFile() + "] could not be read."));
+}
+
+TEST_F(QVSPolicyTest, AZippedPolicyOfExactlyOneHundredMebibytesIsRead) {
+    {
+        std::string text = R"({"ScanAfterRestart": true})";
+        text.resize(static_cast<std::size_t>(QVSPolicy::kMaximumPolicyFileBytes), ' ');
+        writeZip(Paths::policyFile(), "policy.json", text);
+    }
+    EXPECT_TRUE(policy.scanAfterRestart());
 }
 
 }  // namespace

@@ -2,16 +2,26 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <random>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "common/KeyedArchive.h"
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
+#include "support/ChildProcess.h"
 #include "support/HandBuiltArchive.h"
 #include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
@@ -451,6 +461,155 @@ TEST_F(QVSSettingsTest, TwoThreadsSettingAndSynchronizingAtOnce) {
     EXPECT_EQ(written.get("previous-policy-hash"), Value("policy-59"));
     EXPECT_EQ(written.get("previous-full-scan-datetime"), Value(59.0));
     EXPECT_FALSE(settings.isDirty());
+}
+
+}  // namespace
+}  // namespace tov
+
+namespace tov {
+namespace {
+
+constexpr const char* kOldAddress = "10.0.0.1";
+constexpr const char* kNewAddress = "10.0.0.2";
+
+// The names in a folder other than the settings file and the filler.
+std::vector<std::string> leftovers(const std::string& folderPath) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folderPath)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "settings.bin" && name != "filler") names.push_back(name);
+    }
+    return names;
+}
+
+// Runs body in a child whose component folder is a fresh 64 KiB memory file system of its
+// own mount namespace; -1 when this machine cannot give one.
+int runWithSmallComponentFolder(const std::function<int()>& body) {
+    if (!runningAsRoot()) return -1;
+    return testing::runInChild([&body] {
+               const std::string component = Paths::componentFolder();
+               if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                   ::mount("tmpfs", component.c_str(), "tmpfs", 0, "size=64k,mode=0755") != 0) {
+                   return 125;
+               }
+               return body();
+           })
+        .exitCode;
+}
+
+// Fills the file system of folderPath until it has no room left.
+void fillUp(const std::string& folderPath) {
+    const int file = ::open((folderPath + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const std::string block(4096, 'f');
+    while (::write(file, block.data(), block.size()) > 0) {
+    }
+    ::close(file);
+}
+
+class QVSSettingsReplacementTest : public QVSSettingsTest {
+protected:
+    // A settings file holding the old address, and its instance.
+    QVSSettings& savedOldSettings() {
+        QVSSettings& settings = QVSSettings::settingsWithFile(settingsPath());
+        settings.setLocalIP(kOldAddress);
+        EXPECT_TRUE(settings.synchronize());
+        return settings;
+    }
+
+    void expectSaveRefusedWith(const std::function<void()>& breakTheFolder, const std::string& cause) {
+        const int code = runWithSmallComponentFolder([&] {
+            QVSSettings& settings = savedOldSettings();
+            breakTheFolder();
+            settings.setLocalIP(kNewAddress);
+            if (settings.synchronize()) return 1;
+            if (!settings.isDirty()) return 2;
+            if (decodedFile(settingsPath()).get("localIp") != Value(kOldAddress)) return 3;
+            return leftovers(Paths::componentFolder()).empty() ? 0 : 4;
+        });
+        if (code == -1 || code == 125) GTEST_SKIP() << "needs root and mount namespaces";
+        EXPECT_EQ(code, 0);
+        EXPECT_TRUE(logHas("      ERROR - saveSettings. ex = [could not write " + settingsPath() + ": " + cause + "]"))
+            << log();
+    }
+};
+
+TEST_F(QVSSettingsReplacementTest, AFolderPlantedAtTheFileIsRemovedWithoutFollowingItsLinks) {
+    const std::string outside = folder.write("outside", "keep me");
+    std::filesystem::create_directories(settingsPath() + "/inner");
+    writeFile(settingsPath() + "/inner/file", "x");
+    ASSERT_EQ(::symlink(outside.c_str(), (settingsPath() + "/inner/link").c_str()), 0);
+    ASSERT_EQ(::symlink(folder.path().c_str(), (settingsPath() + "/root-link").c_str()), 0);
+
+    QVSSettings settings(settingsPath());
+    settings.setLocalIP(kNewAddress);
+    EXPECT_TRUE(settings.synchronize());
+    EXPECT_TRUE(S_ISREG(lstatOf(settingsPath()).st_mode));
+    EXPECT_EQ(decodedFile(settingsPath()).get("localIp"), Value(kNewAddress));
+    EXPECT_EQ(readFile(outside), "keep me");
+    EXPECT_TRUE(std::filesystem::exists(Paths::componentFolder()));
+    EXPECT_FALSE(logHas("ERROR")) << log();
+}
+
+TEST_F(QVSSettingsReplacementTest, ALinkPlantedAtTheFileIsReplacedAndItsTargetKept) {
+    const std::string targetFolder = folder.makeFolder("target-folder");
+    ASSERT_EQ(::symlink(targetFolder.c_str(), settingsPath().c_str()), 0);
+
+    QVSSettings settings(settingsPath());
+    settings.setLocalIP(kNewAddress);
+    settings.synchronize();
+    EXPECT_TRUE(S_ISREG(lstatOf(settingsPath()).st_mode));
+    EXPECT_EQ(decodedFile(settingsPath()).get("localIp"), Value(kNewAddress));
+    EXPECT_TRUE(std::filesystem::is_empty(targetFolder));
+    settings.setPublicIP("203.0.113.7");
+    EXPECT_TRUE(settings.synchronize());
+    EXPECT_FALSE(settings.isDirty());
+}
+
+TEST_F(QVSSettingsReplacementTest, RemovingTheSettingsRemovesAFolderAtTheDefaultPathToo) {
+    std::filesystem::create_directories(settingsPath() + "/inner");
+    const std::string ownPath = folder.file("own.bin");
+    writeArchive(ownPath, oneValue("publicIp", Value("203.0.113.7")));
+    QVSSettings settings(ownPath);
+
+    settings.removeSettingsFile();
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(settingsPath())));
+    EXPECT_EQ(settings.publicIP(), std::nullopt);
+}
+
+TEST_F(QVSSettingsReplacementTest, AReadOnlyFolderFailsTheSaveWithItsCauseAndKeepsTheOldFile) {
+    expectSaveRefusedWith(
+        [] {
+            ::mount(nullptr, Paths::componentFolder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, "size=64k,mode=0755");
+        },
+        "Read-only file system");
+}
+
+TEST_F(QVSSettingsReplacementTest, AFullDiskFailsTheSaveWithItsCauseAndKeepsTheOldFile) {
+    expectSaveRefusedWith([] { fillUp(Paths::componentFolder()); }, "No space left on device");
+}
+
+// A save killed at any instant leaves a whole settings file: the old one or the new one.
+TEST_F(QVSSettingsReplacementTest, ASaveInterruptedAtAnyInstantLeavesAWholeFile) {
+    savedOldSettings();
+    std::mt19937 random(20240611);
+    for (int round = 0; round < 40; ++round) {
+        std::fflush(nullptr);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            QVSSettings settings(settingsPath());
+            for (long index = 0;; ++index) {
+                settings.setLocalIP(index % 2 == 0 ? kNewAddress : kOldAddress);
+                settings.setPublicIP(std::string(static_cast<std::size_t>(index % 4000), 'p'));
+                settings.synchronize();
+            }
+        }
+        ASSERT_GT(child, 0);
+        std::this_thread::sleep_for(std::chrono::microseconds(std::uniform_int_distribution<int>(0, 20000)(random)));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        const Value address = decodedFile(settingsPath()).get("localIp");
+        ASSERT_TRUE(address == Value(kOldAddress) || address == Value(kNewAddress)) << "round " << round;
+    }
 }
 
 }  // namespace

@@ -115,6 +115,8 @@ void fillTypicalInventory(FakeDiscovererFactory& factory) {
 void ReportTest::SetUp() {
     Paths::setRootForTesting(folder.path());
     folder.makeFolder("tmp");
+    // An installed daemon's component folder exists (it holds the executable and settings).
+    std::filesystem::create_directories(Paths::componentFolder());
     QVSLogger::resetForTesting();
     QVSLogger::setFilename("tov", Paths::logsFolder());
     QVSLogger::setMinimumLogLevel("TRACE");

@@ -3,6 +3,7 @@
 // machine's own files.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -23,6 +24,8 @@ using testing::runOpenedProgram;
 
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
 constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
+constexpr const char* kLogsPath = "/opt/Quorvel/KELD/logs";
+constexpr uid_t kNobody = 65534;
 
 // The names in a folder, sorted, one per line.
 std::string listing(const std::string& folder) {
@@ -91,6 +94,27 @@ TEST_F(TovExecutable, TwoForcedScansLeaveOneArchiveAndOneHeaderInTheOutbox) {
     const std::string archive = names.substr(names.find('\n') + 1);
     EXPECT_TRUE(header.starts_with("hardware.json-") && header.ends_with(".hdr")) << header;
     EXPECT_EQ(archive, header.substr(0, header.size() - 3) + "zip\n");
+}
+
+// Anyone may write /tmp: a level an ordinary user plants there is ignored, root's own
+// trigger counts. "CRITICAL" would hide the error line of the refused installation.
+TEST_F(TovExecutable, OnlyRootsOwnDebugTriggerChoosesTheLogLevel) {
+    const auto refusalLogged = [](bool plantedByRoot) {
+        return testing::runWithTovInNamespace([plantedByRoot](int program) {
+                   const ChildResult planting = testing::runInChild([plantedByRoot] {
+                       if (!plantedByRoot && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) return 99;
+                       testing::writeFile("/tmp/debug_tov", "CRITICAL\n");
+                       return 0;
+                   });
+                   if (planting.exitCode != 0) return 2;
+                   if (runOpenedProgram(program, {"-i"}) != 1) return 3;
+                   const std::string log = testing::readFile(std::string(kLogsPath) + "/tov.log");
+                   return log.find("ERROR - The installation mode is not available yet") != std::string::npos ? 0 : 1;
+               })
+            .exitCode;
+    };
+    EXPECT_EQ(refusalLogged(false), 0);
+    EXPECT_EQ(refusalLogged(true), 1);
 }
 
 }  // namespace
