@@ -23,6 +23,14 @@
 namespace tov {
 namespace {
 
+// Removes the header files of the outbox, never following a link.
+void removeHeadersOf(const std::string& outbox) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(outbox, error)) {
+        if (entry.path().extension() == ".hdr") removeItemWithoutFollowing(entry.path().string());
+    }
+}
+
 // The temporary report is at most as large as a stored report may be.
 constexpr std::uint64_t kMaximumReportBytes = 104857600;
 
@@ -178,11 +186,11 @@ void QVReportOutbox::clearOutbox() {
     const std::string outbox = Paths::outboxFolder();
     if (!itemExists(outbox)) return;
     QVSLogger::debug("Proceeding to remove the outbox in order to clear it.");
-    std::error_code error;
-    std::filesystem::remove_all(outbox, error);
-    if (error) {
+    // Headers go first: a removal cut short must never leave a header without its archive.
+    removeHeadersOf(outbox);
+    if (!removeItemWithoutFollowing(outbox)) {
         QVSLogger::error("Encountered an error in trying to remove the outbox at [%s] with error code [%d]",
-                         outbox.c_str(), error.value());
+                         outbox.c_str(), errno);
         return;
     }
     QVSLogger::debug("Succeeded in removing the outbox.");
