@@ -96,4 +96,9 @@ std::string childPath(const std::string& folder, const std::string& name) {
     return folder + "/" + name;
 }
 
+std::string_view lastPathComponent(std::string_view path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
 }  // namespace tov

@@ -42,4 +42,7 @@ bool isPlainAbsolutePath(std::string_view path);
 // folder and name joined by one "/".
 std::string childPath(const std::string& folder, const std::string& name);
 
+// What follows the last "/" of path (the whole path when it has none).
+std::string_view lastPathComponent(std::string_view path);
+
 }  // namespace tov

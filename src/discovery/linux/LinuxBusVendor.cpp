@@ -18,8 +18,7 @@ std::optional<std::uint16_t> idInFile(SystemSource& source, const std::string& p
 bool isPciFunction(SystemSource& source, const std::string& folder) {
     const std::optional<std::string> subsystem = source.readLink(childPath(folder, "subsystem"));
     if (!subsystem) return false;
-    const std::size_t slash = subsystem->rfind('/');
-    return subsystem->substr(slash == std::string::npos ? 0 : slash + 1) == "pci";
+    return lastPathComponent(*subsystem) == "pci";
 }
 
 std::optional<BusVendor> vendorOfFolder(SystemSource& source, const std::string& folder) {

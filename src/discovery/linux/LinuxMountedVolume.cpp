@@ -18,11 +18,6 @@ constexpr const char* kDevicesFolder = "/sys/devices/";
 // Folders looked at on the way from the root of the device tree to a block device.
 constexpr std::size_t kMaximumDepth = 64;
 
-std::string lastComponent(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 bool isKernelName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
@@ -59,7 +54,7 @@ std::optional<DeviceNumber> deviceNumberAt(SystemSource& source, const std::stri
 // number names (file systems with an anonymous number are taken at their word).
 std::optional<std::string> devicePathBySource(SystemSource& source, const MountEntry& entry) {
     if (!hasPrefix(entry.source, "/dev/")) return std::nullopt;
-    const std::string name = lastComponent(entry.source);
+    const std::string name = std::string(lastPathComponent(entry.source));
     if (!isKernelName(name)) return std::nullopt;
     const std::optional<std::string> path = resolvedDevicePath(source, "/sys/class/block/" + name);
     if (!path || entry.major == 0) return path;
@@ -97,7 +92,7 @@ std::vector<std::pair<std::string, std::string>> devicesOnTheWay(SystemSource& s
     for (const std::string& component : componentsBelowDevices(devicePath)) {
         folder += "/" + component;
         const std::optional<std::string> subsystem = source.readLink(folder + "/subsystem");
-        devices.emplace_back(component, subsystem ? lastComponent(*subsystem) : std::string());
+        devices.emplace_back(component, subsystem ? std::string(lastPathComponent(*subsystem)) : std::string());
     }
     return devices;
 }
@@ -120,7 +115,7 @@ DictionaryRef LinuxMountedVolume::infoForMountPath(SystemSource& source, const s
     }
     const std::optional<std::string> devicePath = devicePathOf(source, *entry);
     if (!devicePath) return nullptr;
-    const std::string name = lastComponent(*devicePath);
+    const std::string name = std::string(lastPathComponent(*devicePath));
     const std::optional<DeviceNumber> number = deviceNumberAt(source, *devicePath);
     const std::optional<UdevRecord> record =
         number ? UdevDatabase::readBlockDevice(source, number->major, number->minor) : std::nullopt;

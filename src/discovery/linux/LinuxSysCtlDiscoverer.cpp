@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "common/QVSLogger.h"
-#include "discovery/SystemFacts.h"
 #include "discovery/TimeZoneText.h"
 #include "discovery/formats/SmbiosMemoryDevice.h"
 #include "discovery/linux/CpuTypeCode.h"
@@ -16,6 +15,7 @@
 #include "discovery/linux/LinuxMemoryTotals.h"
 #include "discovery/linux/LinuxSmbiosEntries.h"
 #include "discovery/linux/LinuxTimeZoneId.h"
+#include "discovery/linux/LinuxUname.h"
 #include "discovery/linux/ProcCpuInfo.h"
 #include "discovery/linux/ProcMemInfo.h"
 #include "model/QVSysCtlCpu.h"
@@ -47,19 +47,9 @@ ZoneAtInstant zoneOf(const std::string& zoneId, std::chrono::system_clock::time_
     return zoneAtInstant(kUtcZoneId, instant).value_or(ZoneAtInstant{});
 }
 
-// The machine of the uname fact; absent when the source does not know it.
-std::optional<std::string> unameMachine(SystemSource& source) {
-    const Value uname = source.fact(facts::kUname);
-    const DictionaryRef fields = uname.dictionary();
-    if (!fields) return std::nullopt;
-    const Value machineValue = fields->get("machine");
-    const std::string* machine = machineValue.string();
-    if (machine == nullptr || machine->empty()) return std::nullopt;
-    return *machine;
-}
-
 CpuTypeCode cpuTypeCodeOf(SystemSource& source, const ProcCpuInfo& cpuInfo) {
-    if (const std::optional<std::string> machine = unameMachine(source)) return cpuTypeCodeOfMachine(*machine);
+    const std::optional<std::string> machine = unameField(source, "machine");
+    if (machine && !machine->empty()) return cpuTypeCodeOfMachine(*machine);
     QVSLogger::debug("No uname machine; the processor type is told by /proc/cpuinfo.");
     return cpuTypeCodeOfType(cpuInfo.looksX86() ? kCpuTypeX86 : 0);
 }

@@ -87,19 +87,15 @@ std::shared_ptr<QVDiskUtilDisk> LinuxVolumeDiscoverer::diskOf(const BlockDeviceE
     const std::optional<UdevRecord> record = UdevDatabase::readBlockDevice(*source_, number.major, number.minor);
     auto disk = QVDiskUtilDisk::diskUtilDisk();
     disk->setName(volumeLabelOf(*source_, record, device.name));
-    disk->setIdentifier(identifierOf(device));
+    const std::string mapperName = mapperNameOf(device);
+    disk->setIdentifier(mapperName.empty() ? device.name : mapperName);
     disk->setDeviceName(modelOf(device));
     disk->setSize(sizeOf(device));
     disk->setFreeSpace(0);
     if (record) disk->setFileSystem(reportableText(record->property("ID_FS_TYPE").value_or(""), kMaximumNameBytes));
     disk->setOpticalMedia(isOptical(device));
-    applyMounts(*disk, device, number, mounts);
+    applyMounts(*disk, device.name, mapperName, number, mounts);
     return disk;
-}
-
-std::string LinuxVolumeDiscoverer::identifierOf(const BlockDeviceEntry& device) {
-    const std::string mapperName = mapperNameOf(device);
-    return mapperName.empty() ? device.name : mapperName;
 }
 
 std::string LinuxVolumeDiscoverer::mapperNameOf(const BlockDeviceEntry& device) {
@@ -135,10 +131,11 @@ bool LinuxVolumeDiscoverer::isOptical(const BlockDeviceEntry& device) {
     return SysfsBlockDevices::attribute(*source_, device.diskPath + "/device/type") == kScsiTypeOfOpticalDrive;
 }
 
-void LinuxVolumeDiscoverer::applyMounts(QVDiskUtilDisk& disk, const BlockDeviceEntry& device, DeviceNumber number,
+void LinuxVolumeDiscoverer::applyMounts(QVDiskUtilDisk& disk, const std::string& kernelName,
+                                        const std::string& mapperName, DeviceNumber number,
                                         const std::vector<MountEntry>& mounts) {
     const std::vector<const MountEntry*> own =
-        mountsOfDevice(mounts, number, deviceSourcesOf(device.name, mapperNameOf(device)));
+        mountsOfDevice(mounts, number, deviceSourcesOf(kernelName, mapperName));
     for (const MountEntry* entry : own) {
         if (isBootMountPoint(entry->mountPoint)) disk.setBootVolume(true);
     }

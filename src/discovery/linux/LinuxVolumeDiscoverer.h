@@ -37,13 +37,12 @@ private:
     bool hasHolders(const BlockDeviceEntry& device);
     std::shared_ptr<QVDiskUtilDisk> diskOf(const BlockDeviceEntry& device, DeviceNumber number,
                                            const std::vector<MountEntry>& mounts);
-    std::string identifierOf(const BlockDeviceEntry& device);
     std::string mapperNameOf(const BlockDeviceEntry& device);
     std::string modelOf(const BlockDeviceEntry& device);
     std::uint64_t sizeOf(const BlockDeviceEntry& device);
     bool isOptical(const BlockDeviceEntry& device);
-    void applyMounts(QVDiskUtilDisk& disk, const BlockDeviceEntry& device, DeviceNumber number,
-                     const std::vector<MountEntry>& mounts);
+    void applyMounts(QVDiskUtilDisk& disk, const std::string& kernelName, const std::string& mapperName,
+                     DeviceNumber number, const std::vector<MountEntry>& mounts);
     std::uint64_t freeSpaceAt(const std::string& mountPoint);
 
     std::shared_ptr<SystemSource> source_;

@@ -14,11 +14,6 @@ namespace {
 // Links looked at in the label folder, so that a hostile folder cannot stall the scan.
 constexpr std::size_t kMaximumLabelLinks = 4096;
 
-std::string_view lastComponent(std::string_view path) {
-    const std::size_t slash = path.find_last_of('/');
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 std::optional<std::string> labelFromRecord(const std::optional<UdevRecord>& record) {
     if (!record) return std::nullopt;
     std::optional<std::string> label = record->decodedProperty("ID_FS_LABEL");
@@ -32,7 +27,7 @@ std::optional<std::string> labelFromLinks(SystemSource& source, const std::strin
     if (!names) return std::nullopt;
     for (std::size_t index = 0; index < names->size() && index < kMaximumLabelLinks; ++index) {
         const std::optional<std::string> target = source.readLink(childPath(kLabelLinkFolder, (*names)[index]));
-        if (target && lastComponent(*target) == kernelName) return UdevDatabase::decodeHexEscapes((*names)[index]);
+        if (target && lastPathComponent(*target) == kernelName) return UdevDatabase::decodeHexEscapes((*names)[index]);
     }
     return std::nullopt;
 }
