@@ -54,7 +54,7 @@ std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::inventoryDiscoverer
 
 std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const char* section) {
     const std::string name = section;
-    if (readsLinux() && name == kIOKitSection) return std::make_unique<LinuxDeviceDiscoverer>(source_);
+    if (readsLinux() && name == kIOKitSection) return std::make_unique<LinuxDeviceDiscoverer>(source_, hardwareIds());
     if (readsLinux() && name == kDiskUtilSection) return std::make_unique<LinuxVolumeDiscoverer>(source_);
     return std::make_unique<QVEmptySectionDiscoverer>(section);
 }

@@ -1,12 +1,15 @@
 #pragma once
 
-// The "iokit" section on Linux: the machine's devices. This version lists the machine's
-// serial number; the device categories come from sysfs in a later version.
+// The "iokit" section on Linux: the machine's serial number and its devices, in the
+// section's order: displays, keyboards, pointing devices, batteries, disks, network
+// adapters, cameras and memory modules. Each category is read from sysfs, procfs and
+// the firmware tables by its own free function; this class puts them together.
 
 #include <memory>
 
 #include "discovery/QVSystemInfoDiscoverer.h"
 #include "discovery/SystemSource.h"
+#include "discovery/formats/HardwareIds.h"
 
 namespace tov {
 
@@ -14,18 +17,34 @@ class LinuxDeviceDiscoverer : public QVDiskDiscoverer {
 public:
     static constexpr const char* kSerialNumbersKey = "serialNumbers";
     static constexpr const char* kSerialNumberKey = "serialNumber";
+    static constexpr const char* kDisplaysKey = "displays";
+    static constexpr const char* kKeyboardsKey = "keyboards";
+    static constexpr const char* kPointingDevicesKey = "pointingDevices";
+    static constexpr const char* kBatteriesKey = "batteries";
+    static constexpr const char* kDisksKey = "disks";
+    static constexpr const char* kNetworkAdaptersKey = "networkAdapters";
+    static constexpr const char* kCameraKey = "camera";
+    static constexpr const char* kMemoryKey = "memory";
 
-    explicit LinuxDeviceDiscoverer(std::shared_ptr<SystemSource> source);
+    LinuxDeviceDiscoverer(std::shared_ptr<SystemSource> source, std::shared_ptr<HardwareIds> hardwareIds);
 
     std::string sourceName() const override { return "iokit"; }
     DictionaryRef discoverInfo() override;
-    ArrayRef discoverDisks() override { return makeArray(); }
+    ArrayRef discoverDisks() override;
 
     // [ { "serialNumber": serial } ], or an empty array on a machine without one.
     ArrayRef discoverSerialNumbers();
+    ArrayRef discoverDisplays();
+    ArrayRef discoverKeyboards();
+    ArrayRef discoverPointingDevices();
+    ArrayRef discoverBatteries();
+    ArrayRef discoverNetworkAdapters();
+    ArrayRef discoverCameras();
+    ArrayRef discoverMemories();
 
 private:
     std::shared_ptr<SystemSource> source_;
+    std::shared_ptr<HardwareIds> hardwareIds_;
 };
 
 }  // namespace tov

@@ -10,7 +10,7 @@ namespace {
 using testing::MemorySystemSource;
 
 ArrayRef serialsOf(const std::shared_ptr<MemorySystemSource>& source) {
-    return LinuxDeviceDiscoverer(source).discoverInfo()->get("serialNumbers").array();
+    return LinuxDeviceDiscoverer(source, std::make_shared<HardwareIds>(source)).discoverInfo()->get("serialNumbers").array();
 }
 
 TEST(LinuxDeviceDiscoverer, GivesTheTrimmedProductSerialAsOnePlainDictionary) {
