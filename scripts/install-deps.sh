@@ -12,6 +12,9 @@ debian_packages=(
   clang libclang-rt-14-dev
   zip unzip util-linux iproute2 hostname
   strace
+  libnl-genl-3-dev
+  qemu-system-x86 linux-image-amd64 busybox-static kmod cpio
+  edid-decode dmidecode
 )
 homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
 
