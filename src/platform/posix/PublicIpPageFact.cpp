@@ -1,4 +1,5 @@
 #include <curl/curl.h>
+#include <dlfcn.h>
 
 #include <string>
 
@@ -13,6 +14,53 @@ namespace {
 constexpr std::size_t kPageLimit = 1024 * 1024;
 constexpr long kTimeLimitSeconds = 60;
 
+#ifdef __APPLE__
+constexpr const char* kCurlLibrary = "libcurl.4.dylib";
+#else
+constexpr const char* kCurlLibrary = "libcurl.so.4";
+#endif
+
+// libcurl and the dozen libraries it brings (TLS, LDAP, SSH ...) are loaded only when a
+// lookup page is configured and its host is reachable, so a daemon without one never maps
+// them. Once loaded they stay: libcurl's global state is not made to be unloaded.
+struct Curl {
+    decltype(&curl_global_init) globalInit = nullptr;
+    decltype(&curl_easy_init) easyInit = nullptr;
+    decltype(&curl_easy_setopt) easySetopt = nullptr;
+    decltype(&curl_easy_perform) easyPerform = nullptr;
+    decltype(&curl_easy_cleanup) easyCleanup = nullptr;
+    bool ready = false;
+};
+
+template <class Function>
+bool bind(void* library, const char* name, Function& function) {
+    function = reinterpret_cast<Function>(::dlsym(library, name));
+    return function != nullptr;
+}
+
+Curl loadCurl() {
+    Curl curl;
+    void* library = ::dlopen(kCurlLibrary, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        const char* reason = ::dlerror();
+        QVSLogger::warning("The public IP cannot be looked up: %s cannot be loaded (%s).", kCurlLibrary,
+                           reason != nullptr ? reason : "unknown reason");
+        return curl;
+    }
+    curl.ready = bind(library, "curl_global_init", curl.globalInit) && bind(library, "curl_easy_init", curl.easyInit) &&
+                 bind(library, "curl_easy_setopt", curl.easySetopt) &&
+                 bind(library, "curl_easy_perform", curl.easyPerform) &&
+                 bind(library, "curl_easy_cleanup", curl.easyCleanup) &&
+                 curl.globalInit(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    if (!curl.ready) QVSLogger::warning("The public IP cannot be looked up: %s is not usable.", kCurlLibrary);
+    return curl;
+}
+
+const Curl& curlLibrary() {
+    static const Curl curl = loadCurl();
+    return curl;
+}
+
 std::size_t appendBody(char* data, std::size_t size, std::size_t count, void* target) {
     std::string& body = *static_cast<std::string*>(target);
     const std::size_t length = size * count;
@@ -23,18 +71,18 @@ std::size_t appendBody(char* data, std::size_t size, std::size_t count, void* ta
 
 // One GET; the libcurl result code (0 on success).
 long fetch(const std::string& url, std::string& body) {
-    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
-    if (initialised != CURLE_OK) return initialised;
-    CURL* handle = curl_easy_init();
+    const Curl& curl = curlLibrary();
+    if (!curl.ready) return CURLE_FAILED_INIT;
+    CURL* handle = curl.easyInit();
     if (handle == nullptr) return CURLE_FAILED_INIT;
-    curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT, kTimeLimitSeconds);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, appendBody);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
-    const CURLcode result = curl_easy_perform(handle);
-    curl_easy_cleanup(handle);
+    curl.easySetopt(handle, CURLOPT_URL, url.c_str());
+    curl.easySetopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl.easySetopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl.easySetopt(handle, CURLOPT_TIMEOUT, kTimeLimitSeconds);
+    curl.easySetopt(handle, CURLOPT_WRITEFUNCTION, appendBody);
+    curl.easySetopt(handle, CURLOPT_WRITEDATA, &body);
+    const CURLcode result = curl.easyPerform(handle);
+    curl.easyCleanup(handle);
     return result;
 }
 
