@@ -29,22 +29,6 @@ bool isNumbered(const std::string& component, std::string_view prefix) {
                        [](char character) { return character >= '0' && character <= '9'; });
 }
 
-// The sysfs folder of the device that path leads to, resolved into /sys/devices.
-std::optional<std::string> resolvedDevicePath(SystemSource& source, const std::string& path) {
-    const std::optional<PathWalk> walk = walkPath(
-        path, true, [&source](const std::string& at) { return source.pathKind(at); },
-        [&source](const std::string& at) { return source.readLink(at); });
-    if (!walk) {
-        // The path may hold a name from the mount table: it stays out of the log.
-        QVSLogger::debug("A block device link under /sys cannot be followed (a loop or an unreadable link).");
-        return std::nullopt;
-    }
-    if (!hasPrefix(walk->resolved, kDevicesFolder) || source.pathKind(walk->resolved) != PathKind::Folder) {
-        return std::nullopt;
-    }
-    return walk->resolved;
-}
-
 std::optional<DeviceNumber> deviceNumberAt(SystemSource& source, const std::string& devicePath) {
     const std::optional<std::string> text = SysfsBlockDevices::attribute(source, devicePath + "/dev");
     return text ? SysfsBlockDevices::parseDeviceNumber(*text) : std::nullopt;
@@ -56,7 +40,7 @@ std::optional<std::string> devicePathBySource(SystemSource& source, const MountE
     if (!hasPrefix(entry.source, "/dev/")) return std::nullopt;
     const std::string name = std::string(lastPathComponent(entry.source));
     if (!isKernelName(name)) return std::nullopt;
-    const std::optional<std::string> path = resolvedDevicePath(source, "/sys/class/block/" + name);
+    const std::optional<std::string> path = LinuxMountedVolume::resolvedDevicePath(source, "/sys/class/block/" + name);
     if (!path || entry.major == 0) return path;
     if (deviceNumberAt(source, *path) != DeviceNumber{entry.major, entry.minor}) return std::nullopt;
     return path;
@@ -64,7 +48,7 @@ std::optional<std::string> devicePathBySource(SystemSource& source, const MountE
 
 std::optional<std::string> devicePathByNumber(SystemSource& source, const MountEntry& entry) {
     if (entry.major == 0) return std::nullopt;
-    return resolvedDevicePath(source,
+    return LinuxMountedVolume::resolvedDevicePath(source,
                               "/sys/dev/block/" + std::to_string(entry.major) + ":" + std::to_string(entry.minor));
 }
 
@@ -104,6 +88,18 @@ bool passesThrough(const std::vector<std::pair<std::string, std::string>>& devic
     });
 }
 
+// A PCI device below a port the firmware calls external: the kernel writes "removable"
+// into its "removable" attribute.
+bool passesThroughExternalPci(SystemSource& source, const std::vector<std::pair<std::string, std::string>>& devices) {
+    std::string folder = "/sys/devices";
+    for (const auto& device : devices) {
+        folder += "/" + device.first;
+        if (device.second != "pci") continue;
+        if (SysfsBlockDevices::attribute(source, folder + "/removable") == "removable") return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 DictionaryRef LinuxMountedVolume::infoForMountPath(SystemSource& source, const std::string& mountPath) {
@@ -140,12 +136,33 @@ std::vector<std::string> LinuxMountedVolume::blockDeviceMountPaths(SystemSource&
 std::string LinuxMountedVolume::busProtocolOfDevicePath(SystemSource& source, const std::string& devicePath) {
     const auto devices = devicesOnTheWay(source, devicePath);
     if (passesThrough(devices, "usb", "usb")) return kUsbProtocol;
+    if (passesThrough(devices, "fw", "firewire")) return kFireWireProtocol;
+    if (passesThroughExternalPci(source, devices)) return kThunderboltProtocol;
     if (passesThrough(devices, "nvme", "nvme") || passesThrough(devices, "nvme-subsys", "nvme-subsystem")) {
         return "NVMe";
     }
     if (passesThrough(devices, "ata", "ata")) return "SATA";
     if (hasPrefix(devicePath, "/sys/devices/virtual/") || passesThrough(devices, "virtio", "virtio")) return "Virtual";
     return "";
+}
+
+bool LinuxMountedVolume::isExternalBusProtocol(const std::string& protocol) {
+    return protocol == kUsbProtocol || protocol == kFireWireProtocol || protocol == kThunderboltProtocol;
+}
+
+std::optional<std::string> LinuxMountedVolume::resolvedDevicePath(SystemSource& source, const std::string& path) {
+    const std::optional<PathWalk> walk = walkPath(
+        path, true, [&source](const std::string& at) { return source.pathKind(at); },
+        [&source](const std::string& at) { return source.readLink(at); });
+    if (!walk) {
+        // The path may hold a name from the mount table: it stays out of the log.
+        QVSLogger::debug("A block device link under /sys cannot be followed (a loop or an unreadable link).");
+        return std::nullopt;
+    }
+    if (!hasPrefix(walk->resolved, kDevicesFolder) || source.pathKind(walk->resolved) != PathKind::Folder) {
+        return std::nullopt;
+    }
+    return walk->resolved;
 }
 
 }  // namespace tov

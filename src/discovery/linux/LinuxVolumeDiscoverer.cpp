@@ -104,14 +104,9 @@ std::string LinuxVolumeDiscoverer::mapperNameOf(const BlockDeviceEntry& device) 
     return name ? reportableText(*name, kMaximumNameBytes) : "";
 }
 
-// The whole disk's model: SCSI, ATA and NVMe devices name it "model", memory cards "name".
 std::string LinuxVolumeDiscoverer::modelOf(const BlockDeviceEntry& device) {
-    for (const char* attribute : {"/device/model", "/device/name"}) {
-        if (const auto model = SysfsBlockDevices::attribute(*source_, device.diskPath + attribute)) {
-            return reportableText(*model, kMaximumNameBytes);
-        }
-    }
-    return "";
+    const std::optional<std::string> model = SysfsBlockDevices::driveModel(*source_, device.diskPath);
+    return model ? reportableText(*model, kMaximumNameBytes) : "";
 }
 
 std::uint64_t LinuxVolumeDiscoverer::sizeOf(const BlockDeviceEntry& device) {

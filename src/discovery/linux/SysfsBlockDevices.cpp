@@ -113,6 +113,13 @@ std::vector<BlockDeviceEntry> SysfsBlockDevices::list(SystemSource& source) {
     return entries;
 }
 
+std::optional<std::string> SysfsBlockDevices::driveModel(SystemSource& source, const std::string& diskPath) {
+    for (const char* attribute : {"/device/model", "/device/name"}) {
+        if (std::optional<std::string> model = SysfsBlockDevices::attribute(source, diskPath + attribute)) return model;
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> SysfsBlockDevices::attribute(SystemSource& source, const std::string& path) {
     const std::optional<std::string> text = source.readFile(path, kAttributeReadLimit);
     if (!text) return std::nullopt;

@@ -43,6 +43,11 @@ public:
     // before nvme1n1), and partitions follow their "partition" number.
     static std::vector<BlockDeviceEntry> list(SystemSource& source);
 
+    // The whole disk's model as the kernel writes it (untrimmed text of the machine): SCSI,
+    // ATA and NVMe drives name it "device/model", memory cards "device/name"; nothing when
+    // neither can be read.
+    static std::optional<std::string> driveModel(SystemSource& source, const std::string& diskPath);
+
     // The trimmed text of the attribute file; nothing when it is missing or too large.
     static std::optional<std::string> attribute(SystemSource& source, const std::string& path);
     // The "major:minor" text of a "dev" attribute.

@@ -67,6 +67,24 @@ TEST(LinuxMountedVolume, AUsbSubsystemLinkIsEnoughWithoutAUsbBusFolder) {
     EXPECT_EQ(infoAt(tree, "/media/card")->get("BusProtocol"), Value("USB"));
 }
 
+TEST(LinuxMountedVolume, FireWireAndExternalPciePortsAreExternalBuses) {
+    SysfsBlockTree tree;
+    const std::string fireWire = "/sys/devices/pci0000:00/0000:00:1e.0/0000:05:00.0/fw1/fw1.0/host7/target7:0:0/7:0:0:0";
+    const std::string tunnel = "/sys/devices/pci0000:00/0000:00:07.0/0000:3b:00.0/nvme/nvme1/nvme1n1";
+    auto& source = *tree.source();
+    source.folder(fireWire).folder(tunnel).link("/sys/devices/pci0000:00/0000:00:07.0/subsystem", "../../../bus/pci");
+    EXPECT_EQ(LinuxMountedVolume::busProtocolOfDevicePath(source, fireWire), "FireWire");
+    EXPECT_EQ(LinuxMountedVolume::busProtocolOfDevicePath(source, tunnel), "NVMe");
+    source.file("/sys/devices/pci0000:00/0000:00:07.0/removable", "removable\n");
+    EXPECT_EQ(LinuxMountedVolume::busProtocolOfDevicePath(source, tunnel), "Thunderbolt");
+    for (const char* external : {"USB", "FireWire", "Thunderbolt"}) {
+        EXPECT_TRUE(LinuxMountedVolume::isExternalBusProtocol(external)) << external;
+    }
+    for (const char* internal : {"NVMe", "SATA", "Virtual", ""}) {
+        EXPECT_FALSE(LinuxMountedVolume::isExternalBusProtocol(internal)) << internal;
+    }
+}
+
 TEST(LinuxMountedVolume, HostileMountPathsAreMatchedExactlyAsData) {
     const SysfsBlockTree tree = machine();
     const DictionaryRef info = infoAt(tree, "/media/odd\n..\nname");

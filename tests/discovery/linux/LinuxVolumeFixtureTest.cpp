@@ -39,9 +39,9 @@ std::vector<std::string> bootOf(const std::vector<Volume>& volumes) {
     return identifiers;
 }
 
-TEST(LinuxVolumeFixtures, LaptopHasItsNvmeDiskWithEfiAndRoot) {
+TEST(LinuxVolumeFixtures, LaptopHasItsNvmeDiskWithEfiAndRootAndAnUnmountedUsbStick) {
     const auto volumes = volumesOf("laptop");
-    EXPECT_EQ(identifiersOf(volumes), (std::vector<std::string>{"nvme0n1", "nvme0n1p1", "nvme0n1p2"}));
+    EXPECT_EQ(identifiersOf(volumes), (std::vector<std::string>{"nvme0n1", "nvme0n1p1", "nvme0n1p2", "sda", "sda1"}));
     EXPECT_EQ(bootOf(volumes), (std::vector<std::string>{"nvme0n1p1", "nvme0n1p2"}));
 }
 
@@ -75,7 +75,7 @@ TEST(LinuxVolumeFixtures, ArmBoardShowsItsMemoryCard) {
 
 TEST(LinuxVolumeFixtures, BrokenMachineGivesWhatCanBeReadPastLoopsAndGarbage) {
     const auto volumes = volumesOf("broken");
-    EXPECT_EQ(identifiersOf(volumes), (std::vector<std::string>{"sda", "sda1", "sda2", "sda3"}));
+    EXPECT_EQ(identifiersOf(volumes), (std::vector<std::string>{"sda", "sda1", "sda2", "sda3", "sdb", "sdc"}));
     EXPECT_EQ(bootOf(volumes), (std::vector<std::string>{"sda1"}));
 }
 
