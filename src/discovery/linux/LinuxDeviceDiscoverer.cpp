@@ -49,7 +49,7 @@ ArrayRef LinuxDeviceDiscoverer::discoverPointingDevices() { return discoverLinux
 
 ArrayRef LinuxDeviceDiscoverer::discoverBatteries() { return discoverLinuxBatteries(*source_); }
 
-ArrayRef LinuxDeviceDiscoverer::discoverDisks() { return discoverLinuxDisks(*source_); }
+ArrayRef LinuxDeviceDiscoverer::discoverDisks() { return discoverLinuxDisks(*source_, *hardwareIds_); }
 
 ArrayRef LinuxDeviceDiscoverer::discoverNetworkAdapters() {
     return discoverLinuxNetworkAdapters(*source_, *hardwareIds_);

@@ -60,7 +60,8 @@ bool isDriveName(std::string_view name) {
 std::string reportable(std::string_view text) { return reportableText(text, kMaximumTextBytes); }
 
 // The PCI function holding the virtio device at virtioPath ("/sys/devices/.../0000:00:04.0/virtio2").
-std::optional<std::string> virtioPciName(SystemSource& source, const std::string& virtioPath) {
+std::optional<std::string> virtioPciName(SystemSource& source, HardwareIds& hardwareIds,
+                                        const std::string& virtioPath) {
     const std::string function = virtioPath.substr(0, virtioPath.rfind('/'));
     const std::optional<std::string> subsystem = source.readLink(function + "/subsystem");
     if (!subsystem || lastPathComponent(*subsystem) != "pci") return std::nullopt;
@@ -69,25 +70,24 @@ std::optional<std::string> virtioPciName(SystemSource& source, const std::string
     const std::optional<std::uint16_t> vendor = vendorText ? parseHardwareId(*vendorText) : std::nullopt;
     const std::optional<std::uint16_t> device = deviceText ? parseHardwareId(*deviceText) : std::nullopt;
     if (!vendor || !device) return std::nullopt;
-    // The source outlives this call: the id names are read through it without owning it.
-    HardwareIds names(std::shared_ptr<SystemSource>(std::shared_ptr<SystemSource>(), &source));
-    return names.deviceName(IdsDatabase::Pci, *vendor, *device);
+    return hardwareIds.deviceName(IdsDatabase::Pci, *vendor, *device);
 }
 
 // A virtio disk has no model: it is named by the PCI function that carries it.
-std::optional<std::string> virtioDiskName(SystemSource& source, const std::string& diskPath) {
+std::optional<std::string> virtioDiskName(SystemSource& source, HardwareIds& hardwareIds,
+                                          const std::string& diskPath) {
     const std::optional<std::string> device = LinuxMountedVolume::resolvedDevicePath(source, diskPath + "/device");
     if (!device) return std::nullopt;
     const std::optional<std::string> subsystem = source.readLink(*device + "/subsystem");
     if (!subsystem || lastPathComponent(*subsystem) != "virtio") return std::nullopt;
-    return virtioPciName(source, *device);
+    return virtioPciName(source, hardwareIds, *device);
 }
 
-std::string nameOf(SystemSource& source, const BlockDeviceEntry& disk) {
+std::string nameOf(SystemSource& source, HardwareIds& hardwareIds, const BlockDeviceEntry& disk) {
     if (const std::optional<std::string> model = SysfsBlockDevices::driveModel(source, disk.path)) {
         return reportable(*model);
     }
-    return reportable(virtioDiskName(source, disk.path).value_or(""));
+    return reportable(virtioDiskName(source, hardwareIds, disk.path).value_or(""));
 }
 
 // A serial attribute's text, when it holds one.
@@ -150,11 +150,11 @@ std::shared_ptr<QVIOKitDisk> diskOf(SystemSource& source, const BlockDeviceEntry
 
 }  // namespace
 
-ArrayRef discoverLinuxDisks(SystemSource& source) {
+ArrayRef discoverLinuxDisks(SystemSource& source, HardwareIds& hardwareIds) {
     std::vector<std::shared_ptr<QVIOKitDisk>> disks;
     for (const BlockDeviceEntry& entry : SysfsBlockDevices::list(source)) {
         if (entry.isPartition || !isDriveName(entry.name)) continue;
-        const std::string name = nameOf(source, entry);
+        const std::string name = nameOf(source, hardwareIds, entry);
         if (name.empty()) {
             QVSLogger::debug("The drive %s is left out: it has no model name.", entry.name.c_str());
             continue;

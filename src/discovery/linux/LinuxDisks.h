@@ -21,6 +21,6 @@
 
 namespace tov {
 
-ArrayRef discoverLinuxDisks(SystemSource& source);
+ArrayRef discoverLinuxDisks(SystemSource& source, HardwareIds& hardwareIds);
 
 }  // namespace tov

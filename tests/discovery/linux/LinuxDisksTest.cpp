@@ -52,7 +52,8 @@ protected:
 
     std::vector<std::shared_ptr<QVIOKitDisk>> disks() {
         std::vector<std::shared_ptr<QVIOKitDisk>> found;
-        const ArrayRef array = discoverLinuxDisks(*tree.source());
+        HardwareIds hardwareIds(tree.source());
+        const ArrayRef array = discoverLinuxDisks(*tree.source(), hardwareIds);
         for (const Value& value : *array) found.push_back(std::dynamic_pointer_cast<QVIOKitDisk>(value.record()));
         return found;
     }

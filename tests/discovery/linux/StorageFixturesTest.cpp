@@ -30,9 +30,10 @@ std::ostream& operator<<(std::ostream& out, const Drive& drive) {
 }
 
 std::vector<Drive> drivesOf(const std::string& machine) {
-    auto source = RecordedSystemSource::open(fixture(machine));
+    std::shared_ptr<SystemSource> source = RecordedSystemSource::open(fixture(machine));
     std::vector<Drive> drives;
-    const ArrayRef array = discoverLinuxDisks(*source);
+    HardwareIds hardwareIds(source);
+    const ArrayRef array = discoverLinuxDisks(*source, hardwareIds);
     for (const Value& value : *array) {
         const auto disk = std::dynamic_pointer_cast<QVIOKitDisk>(value.record());
         drives.push_back({disk->name().value_or("?"), disk->serialNo().value_or("?"), disk->isRemovable()});
