@@ -32,4 +32,17 @@ inline constexpr const char* kPrinters = "printers";
 // when the fetch failed; absent when the host is not reachable.
 inline constexpr const char* kPublicIpPage = "publicIpPage";
 
+// Key: a network interface name. { "address": "aa:bb:cc:dd:ee:ff" }, the hardware address
+// the adapter was made with (lower-case hex, colon-separated), which stays the same when
+// the current address is changed (bonding, a cloned or random address); absent when the
+// driver has none (or only zeros), the interface is unknown or the name is not a valid
+// interface name. Linux: the ethtool permanent-address request.
+inline constexpr const char* kPermanentAddress = "permanentAddress";
+
+// Key: a network interface name. { "ssid": the name of the Wi-Fi network the interface is
+// associated with, as printable single-line UTF-8; "" when it is not associated }; absent
+// when the interface is unknown, is not a Wi-Fi interface, its name is not valid, or the
+// system has no Wi-Fi configuration interface. Linux: nl80211 (NL80211_CMD_GET_INTERFACE).
+inline constexpr const char* kWifiNetwork = "wifiNetwork";
+
 }  // namespace tov::facts

@@ -23,11 +23,11 @@ bool isPciFunction(SystemSource& source, const std::string& folder) {
 
 std::optional<BusVendor> vendorOfFolder(SystemSource& source, const std::string& folder) {
     if (const std::optional<std::uint16_t> usb = idInFile(source, childPath(folder, "idVendor"))) {
-        return BusVendor{IdsDatabase::Usb, *usb};
+        return BusVendor{IdsDatabase::Usb, *usb, idInFile(source, childPath(folder, "idProduct"))};
     }
     if (!isPciFunction(source, folder)) return std::nullopt;
     if (const std::optional<std::uint16_t> pci = idInFile(source, childPath(folder, "vendor"))) {
-        return BusVendor{IdsDatabase::Pci, *pci};
+        return BusVendor{IdsDatabase::Pci, *pci, idInFile(source, childPath(folder, "device"))};
     }
     return std::nullopt;
 }

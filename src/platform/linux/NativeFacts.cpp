@@ -10,6 +10,8 @@ const FactTable& platformOnlyFacts() {
     static const FactTable functions{
         {facts::kBirthTime, birthTimeFact},
         {facts::kConsoleUser, consoleUserFact},
+        {facts::kPermanentAddress, permanentAddressFact},
+        {facts::kWifiNetwork, wifiNetworkFact},
     };
     return functions;
 }
