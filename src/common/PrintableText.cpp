@@ -9,6 +9,18 @@
 
 namespace tov {
 
+namespace {
+
+// Control characters, the line and paragraph separators, and the bidirectional controls,
+// which would let a name display in another order than it is stored ("exe.gnp").
+bool isKept(UChar32 character) {
+    const std::int8_t type = u_charType(character);
+    if (type == U_CONTROL_CHAR || type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR) return false;
+    return !u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL);
+}
+
+}  // namespace
+
 std::string printableText(std::string_view bytes) {
     // fromUTF8 already replaces ill-formed sequences with U+FFFD.
     const icu::UnicodeString decoded =
@@ -16,7 +28,7 @@ std::string printableText(std::string_view bytes) {
     icu::UnicodeString kept;
     for (std::int32_t at = 0; at < decoded.length(); at = decoded.moveIndex32(at, 1)) {
         const UChar32 character = decoded.char32At(at);
-        if (u_charType(character) != U_CONTROL_CHAR) kept.append(character);
+        if (isKept(character)) kept.append(character);
     }
     std::string text;
     kept.toUTF8String(text);

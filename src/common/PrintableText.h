@@ -9,8 +9,8 @@
 namespace tov {
 
 // The bytes as UTF-8 with every ill-formed sequence replaced by U+FFFD, control
-// characters (NUL, tabs and line ends included) removed, and white space trimmed from
-// both ends.
+// characters (NUL, tabs and line ends included), line and paragraph separators and
+// bidirectional controls removed, and white space trimmed from both ends.
 std::string printableText(std::string_view bytes);
 
 }  // namespace tov
