@@ -37,7 +37,7 @@ function(cxx_literal text out)
 endfunction()
 
 file(READ "${USB_IDS}" database)
-# CMake lists split on ";" and treat brackets specially: park them before splitting lines.
+# CMake lists split on ";" and group by brackets: park both before splitting lines.
 string(REPLACE ";" "@SEMICOLON@" database "${database}")
 string(REPLACE "[" "@OPEN@" database "${database}")
 string(REPLACE "]" "@CLOSE@" database "${database}")

@@ -54,13 +54,13 @@ std::vector<VideoNode> videoNodes(SystemSource& source) {
     }
     std::vector<VideoNode> nodes;
     for (const std::string& name : *names) {
+        const std::optional<unsigned> number = videoNodeNumber(name);
+        if (!number) continue;
         if (nodes.size() == kMaximumNodes) {
             QVSLogger::debug("%s holds more than %zu video nodes; the rest are left out.", kClassFolder, kMaximumNodes);
             break;
         }
-        if (const std::optional<unsigned> number = videoNodeNumber(name)) {
-            nodes.push_back({*number, childPath(kClassFolder, name)});
-        }
+        nodes.push_back({*number, childPath(kClassFolder, name)});
     }
     std::sort(nodes.begin(), nodes.end(), [](const VideoNode& left, const VideoNode& right) {
         return left.number < right.number;
