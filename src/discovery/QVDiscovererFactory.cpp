@@ -7,6 +7,7 @@
 #include "discovery/QVEmptySectionDiscoverer.h"
 #include "discovery/QVHWInventoryDiscoverer.h"
 #include "discovery/QVIPInfoDiscoverer.h"
+#include "discovery/QVIOKitUsbHardwareVendorList.h"
 #include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
 #include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
@@ -99,6 +100,6 @@ std::string QVDiscovererFactory::localIP() { return QVIPInfoDiscoverer::localIP(
 
 std::string QVDiscovererFactory::publicIP() { return QVIPInfoDiscoverer::publicIP(*source_, options_.publicIpUrl); }
 
-void QVDiscovererFactory::releaseVendorList() {}
+void QVDiscovererFactory::releaseVendorList() { QVIOKitUsbHardwareVendorList::releaseVendorList(); }
 
 }  // namespace tov
