@@ -6,6 +6,7 @@
 
 #include "common/QVSLogger.h"
 #include "model/QVIOKitBattery.h"
+#include "support/TemporaryRootTest.h"
 #include "support/MemorySystemSource.h"
 #include "support/TestFolder.h"
 
@@ -15,16 +16,8 @@ namespace {
 using testing::MemorySystemSource;
 using Attributes = std::map<std::string, std::string>;
 
-class LinuxBatteriesTest : public ::testing::Test {
+class LinuxBatteriesTest : public testing::TemporaryRootTest {
 protected:
-    void SetUp() override {
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", folder.path());
-        QVSLogger::setMinimumLogLevel("debug");
-    }
-    void TearDown() override { QVSLogger::resetForTesting(); }
-
-    std::string logText() const { return testing::readFile(folder.file("tov.log")); }
 
     // A supply as the kernel lays it out: a link in the class folder to its device folder,
     // each attribute a file holding its value and a line end.
@@ -51,7 +44,6 @@ protected:
     }
 
     MemorySystemSource source;
-    testing::TestFolder folder;
 };
 
 const Attributes kEnergyForm{{"type", "Battery"},        {"status", "Discharging"},   {"model_name", "5B10W51827"},
@@ -152,10 +144,10 @@ TEST_F(LinuxBatteriesTest, EmptyNegativeNonNumericAndHugeAttributesCountAsMissin
     const auto battery = onlyBattery();
     EXPECT_EQ(battery->capacity(), 0.0f);
     EXPECT_EQ(battery->estimatedRunTime(), 0);
-    const std::string log = logText();
+    const std::string logged = log();
     for (const char* attribute : {"capacity", "energy_now", "energy_full", "charge_now", "time_to_empty_now"}) {
-        EXPECT_NE(log.find(std::string("The battery BAT0 attribute ") + attribute + " is left out"), std::string::npos)
-            << attribute << "\n" << log;
+        EXPECT_NE(logged.find(std::string("The battery BAT0 attribute ") + attribute + " is left out"), std::string::npos)
+            << attribute << "\n" << logged;
     }
 }
 
@@ -174,7 +166,7 @@ TEST_F(LinuxBatteriesTest, ARunTimeOfMoreThanAWeekIsNoBatterysAndIsLogged) {
     attributes["power_now"] = "1";
     supply("BAT0", attributes);
     EXPECT_EQ(onlyBattery()->estimatedRunTime(), 0);
-    EXPECT_NE(logText().find("run time from energy_now and power_now is left out"), std::string::npos) << logText();
+    EXPECT_NE(log().find("run time from energy_now and power_now is left out"), std::string::npos) << log();
 }
 
 TEST_F(LinuxBatteriesTest, ZeroPowerFallsBackToChargeAndCurrent) {
@@ -219,7 +211,7 @@ TEST_F(LinuxBatteriesTest, EqualBatteriesAreReportedOnce) {
 
 TEST_F(LinuxBatteriesTest, NoPowerSupplyFolderGivesNoBatteries) {
     EXPECT_TRUE(discoverLinuxBatteries(source)->empty());
-    EXPECT_NE(logText().find("No batteries: /sys/class/power_supply cannot be listed."), std::string::npos);
+    EXPECT_NE(log().find("No batteries: /sys/class/power_supply cannot be listed."), std::string::npos);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "common/QVSLogger.h"
 #include "model/QVIOKitDisk.h"
+#include "support/TemporaryRootTest.h"
 #include "support/SysfsBlockTree.h"
 #include "support/TestFolder.h"
 
@@ -16,16 +17,8 @@ constexpr const char* kSataHost = "/sys/devices/pci0000:00/0000:00:17.0/ata3/hos
 constexpr const char* kUsbDevice = "/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1";
 constexpr const char* kNvmeController = "/sys/devices/pci0000:00/0000:00:1d.0/0000:02:00.0/nvme/nvme0";
 
-class LinuxDisksTest : public ::testing::Test {
+class LinuxDisksTest : public testing::TemporaryRootTest {
 protected:
-    void SetUp() override {
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", folder.path());
-        QVSLogger::setMinimumLogLevel("debug");
-    }
-    void TearDown() override { QVSLogger::resetForTesting(); }
-
-    std::string logText() const { return testing::readFile(folder.file("tov.log")); }
 
     // A whole disk whose "device" link leads to deviceFolder, which holds the attributes
     // given (relative to it: "model", "vpd_pg80").
@@ -65,7 +58,6 @@ protected:
     }
 
     SysfsBlockTree tree;
-    testing::TestFolder folder;
     int minor = 0;
 };
 
@@ -97,7 +89,7 @@ TEST_F(LinuxDisksTest, SataDriveGivesTheSerialOfItsUnitSerialNumberPage) {
 TEST_F(LinuxDisksTest, ShortOrLyingSerialPagesGiveNoSerialAndALogLine) {
     scsiDisk("sda", kSataHost, {{"model", "ST2000DM008-2FR1\n"}, {"vpd_pg80", vpdPage("ZFL1", 20)}});
     EXPECT_EQ(onlyDisk()->serialNo(), "");
-    EXPECT_NE(logText().find("The serial number page of sda is left out"), std::string::npos) << logText();
+    EXPECT_NE(log().find("The serial number page of sda is left out"), std::string::npos) << log();
 
     tree.source()->file(std::string(kSataHost) + "/vpd_pg80", std::string("\0\x80", 2));
     EXPECT_EQ(onlyDisk()->serialNo(), "");
@@ -187,7 +179,7 @@ TEST_F(LinuxDisksTest, DevicesBuiltFromOthersOrMemoryAreNoDrives) {
 TEST_F(LinuxDisksTest, ADriveWithAnEmptyModelIsNotReported) {
     scsiDisk("sda", kSataHost, {{"model", "   \n"}, {"vpd_pg80", vpdPage("ZFL1ABCD")}});
     EXPECT_TRUE(disks().empty());
-    EXPECT_NE(logText().find("The drive sda is left out: it has no model name."), std::string::npos) << logText();
+    EXPECT_NE(log().find("The drive sda is left out: it has no model name."), std::string::npos) << log();
 }
 
 TEST_F(LinuxDisksTest, SerialsLoseControlCharactersAndKeepInnerBlanks) {

@@ -4,6 +4,7 @@
 
 #include "common/QVSLogger.h"
 #include "discovery/QVDiscovererFactory.h"
+#include "support/TemporaryRootTest.h"
 #include "support/MemorySystemSource.h"
 #include "support/TestFolder.h"
 
@@ -265,18 +266,9 @@ TEST(LinuxOperatingSystemDiscoverer, TheFactoryGivesItForALinuxMachineAloneAndIn
     }
 }
 
-class LinuxOperatingSystemMissingValue : public ::testing::Test {
+class LinuxOperatingSystemMissingValue : public testing::TemporaryRootTest {
 protected:
-    void SetUp() override {
-        QVSLogger::resetForTesting();
-        QVSLogger::setFilename("tov", folder.path());
-        QVSLogger::setMinimumLogLevel("debug");
-    }
-    void TearDown() override { QVSLogger::resetForTesting(); }
 
-    std::string logText() const { return testing::readFile(folder.file("tov.log")); }
-
-    testing::TestFolder folder;
 };
 
 TEST_F(LinuxOperatingSystemMissingValue, NoOsReleaseEndsTheSectionAtOsNameWithAWarning) {
@@ -285,10 +277,10 @@ TEST_F(LinuxOperatingSystemMissingValue, NoOsReleaseEndsTheSectionAtOsNameWithAW
     Dictionary section;
     EXPECT_FALSE(discoverer.discoverOS(section));
     EXPECT_TRUE(section.empty());
-    EXPECT_NE(logText().find("    WARNING - The operatingSystems section ends before \"osName\": neither "
+    EXPECT_NE(log().find("    WARNING - The operatingSystems section ends before \"osName\": neither "
                              "/etc/os-release nor /usr/lib/os-release can be read."),
               std::string::npos)
-        << logText();
+        << log();
 }
 
 TEST_F(LinuxOperatingSystemMissingValue, ATruncatedOsReleaseWithoutNameEndsTheSection) {
@@ -296,7 +288,7 @@ TEST_F(LinuxOperatingSystemMissingValue, ATruncatedOsReleaseWithoutNameEndsTheSe
     source->file("/etc/os-release", "NAME=\"Ubu");
     source->file("/usr/lib/os-release", "NAME=\"Not read\"\n");
     EXPECT_TRUE(discover(source)->empty());
-    EXPECT_NE(logText().find("ends before \"osName\": /etc/os-release has no NAME."), std::string::npos) << logText();
+    EXPECT_NE(log().find("ends before \"osName\": /etc/os-release has no NAME."), std::string::npos) << log();
 }
 
 TEST_F(LinuxOperatingSystemMissingValue, NoHostNameEndsTheSectionAtSystemNameKeepingTheKeysBefore) {
@@ -307,7 +299,7 @@ TEST_F(LinuxOperatingSystemMissingValue, NoHostNameEndsTheSectionAtSystemNameKee
                                                           "osVersion", "systemType"}));
     EXPECT_EQ(section->get("osVersion"), Value("22.04"));
     EXPECT_EQ(section->get("systemType"), Value(""));
-    EXPECT_NE(logText().find("ends before \"systemName\""), std::string::npos) << logText();
+    EXPECT_NE(log().find("ends before \"systemName\""), std::string::npos) << log();
 }
 
 TEST_F(LinuxOperatingSystemMissingValue, AUserLocaleFileWithoutLangEndsTheSectionAtUserLocale) {
@@ -315,15 +307,15 @@ TEST_F(LinuxOperatingSystemMissingValue, AUserLocaleFileWithoutLangEndsTheSectio
     source->file("/home/maria/.config/locale.conf", "LC_TIME=de_DE.UTF-8\n");
     const DictionaryRef section = discover(source);
     EXPECT_EQ(keysOf(*section), std::vector<std::string>(kAllKeys.begin(), kAllKeys.begin() + 10));
-    EXPECT_NE(logText().find("ends before \"userLocale\": the locale file of maria sets no LANG."), std::string::npos)
-        << logText();
+    EXPECT_NE(log().find("ends before \"userLocale\": the locale file of maria sets no LANG."), std::string::npos)
+        << log();
 }
 
 TEST_F(LinuxOperatingSystemMissingValue, AHugeOsReleaseIsNotReadWhole) {
     auto source = laptop();
     source->file("/etc/os-release", std::string("NAME=Big\n") + std::string(200 * 1024, '#'));
     EXPECT_TRUE(discover(source)->empty());
-    EXPECT_NE(logText().find("/etc/os-release cannot be read"), std::string::npos) << logText();
+    EXPECT_NE(log().find("/etc/os-release cannot be read"), std::string::npos) << log();
 }
 
 }  // namespace
