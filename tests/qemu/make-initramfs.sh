@@ -95,6 +95,7 @@ cat > "$root/init" <<'INIT'
 #   tov_host   the host name to set
 #   tov_wait   comma-separated path patterns that must all exist before the scan
 export PATH=/bin:/usr/bin
+: "${tov_host:=}" "${tov_wait:=}"
 mount -t proc proc /proc
 mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
@@ -108,6 +109,8 @@ done < /etc/modules.load
 
 present() {
     for pattern in $(echo "$1" | tr ',' ' '); do
+        # the pattern is expanded on purpose: its first match must exist
+        # shellcheck disable=SC2086
         set -- $pattern
         [ -e "$1" ] || return 1
     done
