@@ -36,11 +36,14 @@ std::optional<IdsFile> IdsFile::open(SystemSource& source, std::string path, std
                          static_cast<unsigned long long>(sizeLimit));
         return std::nullopt;
     }
-    return IdsFile(source, std::move(path), sizeLimit);
+    // A file smaller than a part tells its end at once; a larger one as the search reads.
+    const std::optional<std::string> firstPart = source.readFilePart(path, 0, kPartBytes);
+    const std::uint64_t end = firstPart && firstPart->size() < kPartBytes ? firstPart->size() : sizeLimit;
+    return IdsFile(source, std::move(path), end);
 }
 
-IdsFile::IdsFile(SystemSource& source, std::string path, std::uint64_t sizeLimit)
-    : source_(&source), path_(std::move(path)), end_(sizeLimit) {}
+IdsFile::IdsFile(SystemSource& source, std::string path, std::uint64_t end)
+    : source_(&source), path_(std::move(path)), end_(end) {}
 
 std::optional<std::string> IdsFile::vendorName(std::uint16_t vendor) {
     const std::optional<std::uint64_t> start = vendorLineStart(vendor);

@@ -9,7 +9,7 @@
 // lines. A probe that lands inside a long block (Intel's in pci.ids is hundreds of KiB)
 // finds none; that stretch is remembered as holding no vendor line, the next probe goes
 // to the largest stretch not known yet, and first a part is read at each end of the range,
-// which narrows it whatever it holds. So a long block costs a few parts, not its length.
+// which narrows it whatever it holds. So a long block seldom costs its whole length.
 // The vendor lines and empty stretches met stay known for the next lookups of the scan.
 // The search stops at the first vendor line of the id it meets (the databases hold each
 // id once). When it does not find the vendor (an absent id, or a copy not in order), the
@@ -55,7 +55,8 @@ private:
         std::optional<VendorLine> lineAtHigh;
     };
 
-    IdsFile(SystemSource& source, std::string path, std::uint64_t sizeLimit);
+    // end: no byte of the file is at or after it.
+    IdsFile(SystemSource& source, std::string path, std::uint64_t end);
 
     // Where the vendor's line starts (remembered for the next question), or nothing.
     std::optional<std::uint64_t> vendorLineStart(std::uint16_t vendor);
