@@ -113,6 +113,24 @@ std::optional<std::string> CapturingSystemSource::readFile(const std::string& pa
     return bytes;
 }
 
+std::optional<std::string> CapturingSystemSource::readFilePart(const std::string& path, std::uint64_t offset,
+                                                               std::uint64_t length) {
+    std::optional<std::string> bytes = inner_->readFilePart(path, offset, length);
+    if (bytes) recordWholeFileOnce(path);
+    return bytes;
+}
+
+void CapturingSystemSource::recordWholeFileOnce(const std::string& path) {
+    if (!filesReadInParts_.insert(path).second) return;
+    const std::optional<std::string> bytes = inner_->readFile(path, kWholeFileLimitForParts);
+    const std::optional<PathWalk> walk = recordWalk(path, true);
+    if (bytes && walk) {
+        recordFile(walk->resolved, *bytes);
+    } else {
+        noteFailure("the file read in parts", path);
+    }
+}
+
 void CapturingSystemSource::recordListedEntry(const std::string& folder, const std::string& name) {
     const std::string entry = childPath(folder, name);
     switch (inner_->pathKind(entry)) {

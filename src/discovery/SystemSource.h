@@ -1,8 +1,8 @@
 #pragma once
 
 // Where discovery reads the machine. Discoverers never call the operating system: they
-// ask one source to run a tool, read a file, list a folder, read a link, tell what stands
-// at a path, or give a native fact (SystemFacts.h names them and their shapes). The live
+// ask one source to run a tool, read a file (whole, or a part of it), list a folder, read a
+// link, tell what stands at a path, or give a native fact (SystemFacts.h names them and their shapes). The live
 // source answers from the running machine, the recorded one from a capture folder, and
 // the capturing one answers like the source it wraps and records every answer.
 
@@ -20,6 +20,8 @@ enum class PathKind { None, File, Folder, Link, Other };
 class SystemSource {
 public:
     static constexpr std::uint64_t kDefaultReadLimit = 1024 * 1024;
+    // The largest file whose parts a source that answers from whole files can give.
+    static constexpr std::uint64_t kWholeFileLimitForParts = 64 * 1024 * 1024;
     static constexpr const char* kLinuxPlatform = "linux";
     static constexpr const char* kMacOSPlatform = "macos";
 
@@ -38,6 +40,15 @@ public:
     // maximumBytes.
     virtual std::optional<std::string> readFile(const std::string& path,
                                                 std::uint64_t maximumBytes = kDefaultReadLimit) = 0;
+
+    // Up to length bytes of the regular file at the absolute path, from offset on (links
+    // followed as for readFile): fewer at the end of the file, "" from its end on; nothing
+    // when there is no such file or it cannot be read. So a large file can be searched
+    // without holding it. This default reads the whole file (up to
+    // kWholeFileLimitForParts bytes) through readFile and answers the part; the live
+    // source reads only the part.
+    virtual std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
+                                                    std::uint64_t length);
 
     // The names in the folder at path, in byte order, without "." and ".."; nothing when
     // path is not a folder or cannot be listed.

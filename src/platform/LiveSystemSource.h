@@ -21,6 +21,8 @@ public:
     std::string platform() const override;
     std::optional<std::string> runTool(const std::vector<std::string>& argv) override;
     std::optional<std::string> readFile(const std::string& path, std::uint64_t maximumBytes) override;
+    std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
+                                            std::uint64_t length) override;
     std::optional<std::vector<std::string>> listFolder(const std::string& path) override;
     std::optional<std::string> readLink(const std::string& path) override;
     PathKind pathKind(const std::string& path) override;

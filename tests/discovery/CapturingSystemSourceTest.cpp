@@ -61,6 +61,49 @@ TEST(CapturingSystemSource, ReplayingACaptureAnswersWhatTheScanRead) {
     EXPECT_EQ(replay->fact("uname", ""), Value("x86_64"));
 }
 
+// Counts the whole-file reads asked of the machine (not those it makes to answer a part).
+class WholeReadCountingMachine : public MemorySystemSource {
+public:
+    std::optional<std::string> readFile(const std::string& path, std::uint64_t maximumBytes) override {
+        if (!answeringPart_) ++wholeReads;
+        return MemorySystemSource::readFile(path, maximumBytes);
+    }
+    std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
+                                            std::uint64_t length) override {
+        answeringPart_ = true;
+        std::optional<std::string> part = MemorySystemSource::readFilePart(path, offset, length);
+        answeringPart_ = false;
+        return part;
+    }
+    int wholeReads = 0;
+
+private:
+    bool answeringPart_ = false;
+};
+
+TEST(CapturingSystemSource, AFileReadInPartsIsRecordedWholeOnce) {
+    TestFolder folder;
+    const std::string dir = folder.file("capture");
+    auto machine = std::make_shared<WholeReadCountingMachine>();
+    machine->file("/var/lib/usbutils/usb.ids", "046d  Logitech, Inc.\n\tc52b  Unifying Receiver\n")
+        .link("/usr/share/misc/usb.ids", "/var/lib/usbutils/usb.ids");
+    {
+        auto capturing = CapturingSystemSource::create(machine, dir);
+        ASSERT_TRUE(capturing);
+        EXPECT_EQ(capturing->readFilePart("/usr/share/misc/usb.ids", 0, 4), "046d");
+        EXPECT_EQ(capturing->readFilePart("/usr/share/misc/usb.ids", 21, 5), "\tc52b");
+        EXPECT_EQ(capturing->readFilePart("/usr/share/misc/usb.ids", 100, 5), "");
+        EXPECT_FALSE(capturing->readFilePart("/usr/share/misc/pci.ids", 0, 5));
+        EXPECT_EQ(machine->wholeReads, 1);
+        EXPECT_TRUE(capturing->complete());
+    }
+    const auto replay = RecordedSystemSource::open(dir);
+    ASSERT_TRUE(replay);
+    EXPECT_EQ(replay->readLink("/usr/share/misc/usb.ids"), "/var/lib/usbutils/usb.ids");
+    EXPECT_EQ(replay->readFilePart("/usr/share/misc/usb.ids", 21, 5), "\tc52b");
+    EXPECT_EQ(replay->readFile("/usr/share/misc/usb.ids", 100), "046d  Logitech, Inc.\n\tc52b  Unifying Receiver\n");
+}
+
 TEST(CapturingSystemSource, TheCaptureIsForRootAlone) {
     TestFolder folder;
     const std::string dir = folder.file("capture");

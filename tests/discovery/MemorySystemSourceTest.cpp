@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 namespace tov::testing {
 namespace {
 
@@ -18,6 +20,18 @@ TEST(MemorySystemSource, FollowsFolderLinksLikeSysfs) {
     EXPECT_EQ(source.listFolder("/sys/block/sda"), (std::vector<std::string>{"device", "size"}));
     EXPECT_FALSE(source.readFile("/sys/block/sda/size", 2));
     EXPECT_FALSE(source.readFile("/sys/block/sdb/size", 100));
+}
+
+TEST(MemorySystemSource, PartsOfAFileAreSlicesOfItsBytes) {
+    MemorySystemSource source;
+    source.file("/data/real", "0123456789").link("/data/link", "real");
+    EXPECT_EQ(source.readFilePart("/data/real", 2, 3), "234");
+    EXPECT_EQ(source.readFilePart("/data/link", 0, 4), "0123");
+    EXPECT_EQ(source.readFilePart("/data/real", 8, 100), "89");
+    EXPECT_EQ(source.readFilePart("/data/real", 10, 5), "");
+    EXPECT_EQ(source.readFilePart("/data/real", UINT64_MAX, UINT64_MAX), "");
+    EXPECT_FALSE(source.readFilePart("/data/missing", 0, 5));
+    EXPECT_FALSE(source.readFilePart("/data", 0, 5));
 }
 
 TEST(MemorySystemSource, AnswersToolsAndFactsThatWereSet) {

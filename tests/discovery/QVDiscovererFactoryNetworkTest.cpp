@@ -88,17 +88,18 @@ TEST(QVDiscovererFactoryNetwork, LinuxSoundCardsFillCoreAudio) {
     EXPECT_EQ(coreaudio->get("sounds").array()->size(), 1u);
 }
 
-// Counts the reads of pci.ids.
+// Counts the parts of pci.ids read.
 class CountingSource : public MemorySystemSource {
 public:
-    std::optional<std::string> readFile(const std::string& path, std::uint64_t maximumBytes) override {
-        if (path == "/usr/share/misc/pci.ids") ++idsReads;
-        return MemorySystemSource::readFile(path, maximumBytes);
+    std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
+                                            std::uint64_t length) override {
+        if (path == "/usr/share/misc/pci.ids") ++idsParts;
+        return MemorySystemSource::readFilePart(path, offset, length);
     }
-    int idsReads = 0;
+    int idsParts = 0;
 };
 
-TEST(QVDiscovererFactoryNetwork, TheIdDatabasesAreReadOncePerScan) {
+TEST(QVDiscovererFactoryNetwork, TheIdDatabasesAreSearchedOncePerScan) {
     auto source = std::make_shared<CountingSource>();
     source->file("/usr/share/misc/pci.ids", "8086  Intel Corporation\n");
     source->file("/proc/asound/cards", " 0 [PCH ]: HDA-Intel - HDA Intel PCH\n 1 [HDMI ]: HDA-Intel - HDA Intel HDMI\n");
@@ -113,9 +114,11 @@ TEST(QVDiscovererFactoryNetwork, TheIdDatabasesAreReadOncePerScan) {
     const DictionaryRef first = sectionOf(factory, "coreaudio");
     ASSERT_TRUE(first);
     EXPECT_EQ(first->get("sounds").array()->size(), 2u);
-    EXPECT_EQ(source->idsReads, 1);
+    const int partsOfOneScan = source->idsParts;
+    EXPECT_GT(partsOfOneScan, 0);
+    // The next scan looks the names up afresh, no more than the first did for both cards.
     sectionOf(factory, "coreaudio");
-    EXPECT_EQ(source->idsReads, 2);
+    EXPECT_EQ(source->idsParts, 2 * partsOfOneScan);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "common/QVSLogger.h"
 #include "common/TextUtils.h"
+#include "discovery/formats/IdsLines.h"
 
 namespace tov {
 namespace {
@@ -18,9 +19,6 @@ constexpr std::array<const char*, 3> kUsbPaths{"/usr/share/misc/usb.ids", "/var/
                                                "/usr/share/hwdata/usb.ids"};
 
 const char* databaseName(IdsDatabase database) { return database == IdsDatabase::Pci ? "pci.ids" : "usb.ids"; }
-
-// The id as the databases write it: four lower-case hex digits and two blanks.
-std::string entryPrefix(std::uint16_t id) { return hexIdText(id).substr(2) + "  "; }
 
 std::string_view lineAt(std::string_view text, std::size_t start) {
     const std::size_t end = text.find('\n', start);
@@ -42,16 +40,6 @@ std::size_t findLineStartingWith(std::string_view text, std::string_view prefix)
     return std::string_view::npos;
 }
 
-// The text after the entry's prefix on its line, trimmed; nothing when it is empty.
-std::optional<std::string> entryName(std::string_view line, std::size_t prefixSize) {
-    std::string name = trimWhitespaceAndNewlines(line.substr(prefixSize));
-    if (name.empty()) return std::nullopt;
-    return name;
-}
-
-// Comments and blank lines may stand between a vendor's lines.
-bool isIgnorableLine(std::string_view line) { return line.empty() || line == "\r" || line.front() == '#'; }
-
 int hexDigitValue(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     if (character >= 'a' && character <= 'f') return character - 'a' + 10;
@@ -64,39 +52,52 @@ int hexDigitValue(char character) {
 HardwareIds::HardwareIds(std::shared_ptr<SystemSource> source) : source_(std::move(source)) {}
 
 std::string HardwareIds::vendorName(IdsDatabase database, std::uint16_t vendor) {
-    const std::optional<std::string>& text = textOf(database);
-    std::optional<std::string> name = text ? idsVendorName(*text, vendor) : std::nullopt;
-    return name ? std::move(*name) : hexIdText(vendor);
+    const NameKey key{database, vendor, -1};
+    if (const auto known = names_.find(key); known != names_.end()) return known->second;
+    IdsFile* file = fileOf(database);
+    std::optional<std::string> name = file ? file->vendorName(vendor) : std::nullopt;
+    std::string answer = name ? std::move(*name) : hexIdText(vendor);
+    remember(key, answer);
+    return answer;
 }
 
 std::string HardwareIds::deviceName(IdsDatabase database, std::uint16_t vendor, std::uint16_t device) {
-    const std::optional<std::string>& text = textOf(database);
-    std::optional<std::string> name = text ? idsDeviceName(*text, vendor, device) : std::nullopt;
-    return name ? std::move(*name) : hexIdText(device);
+    const NameKey key{database, vendor, device};
+    if (const auto known = names_.find(key); known != names_.end()) return known->second;
+    IdsFile* file = fileOf(database);
+    std::optional<std::string> name = file ? file->deviceName(vendor, device) : std::nullopt;
+    std::string answer = name ? std::move(*name) : hexIdText(device);
+    remember(key, answer);
+    return answer;
 }
 
-const std::optional<std::string>& HardwareIds::textOf(IdsDatabase database) {
-    LoadedText& text = database == IdsDatabase::Pci ? pci_ : usb_;
-    if (!text.loaded) {
-        text.bytes = readDatabase(database);
-        text.loaded = true;
+void HardwareIds::remember(const NameKey& key, const std::string& name) {
+    if (names_.size() >= kRememberedNames) names_.clear();
+    names_.emplace(key, name);
+}
+
+IdsFile* HardwareIds::fileOf(IdsDatabase database) {
+    OpenedFile& opened = database == IdsDatabase::Pci ? pci_ : usb_;
+    if (!opened.tried) {
+        opened.file = openDatabase(database);
+        opened.tried = true;
     }
-    return text.bytes;
+    return opened.file ? &*opened.file : nullptr;
 }
 
-std::optional<std::string> HardwareIds::readDatabase(IdsDatabase database) {
-    const auto read = [this](const auto& paths) -> std::optional<std::string> {
+std::optional<IdsFile> HardwareIds::openDatabase(IdsDatabase database) {
+    const auto open = [this](const auto& paths) -> std::optional<IdsFile> {
         for (const char* path : paths) {
-            if (std::optional<std::string> bytes = source_->readFile(path, kReadLimit)) return bytes;
+            if (std::optional<IdsFile> file = IdsFile::open(*source_, path, kReadLimit)) return file;
         }
         return std::nullopt;
     };
-    std::optional<std::string> bytes = database == IdsDatabase::Pci ? read(kPciPaths) : read(kUsbPaths);
-    if (!bytes) {
+    std::optional<IdsFile> file = database == IdsDatabase::Pci ? open(kPciPaths) : open(kUsbPaths);
+    if (!file) {
         QVSLogger::debug("No %s database can be read (missing or larger than %llu bytes); ids stay numbers.",
                          databaseName(database), static_cast<unsigned long long>(kReadLimit));
     }
-    return bytes;
+    return file;
 }
 
 std::string hexIdText(std::uint16_t id) {
@@ -120,21 +121,21 @@ std::optional<std::uint16_t> parseHardwareId(std::string_view text) {
 }
 
 std::optional<std::string> idsVendorName(std::string_view text, std::uint16_t vendor) {
-    const std::string prefix = entryPrefix(vendor);
+    const std::string prefix = idsEntryPrefix(vendor);
     const std::size_t start = findLineStartingWith(text, prefix);
     if (start == std::string_view::npos) return std::nullopt;
-    return entryName(lineAt(text, start), prefix.size());
+    return idsEntryName(lineAt(text, start), prefix.size());
 }
 
 std::optional<std::string> idsDeviceName(std::string_view text, std::uint16_t vendor, std::uint16_t device) {
-    const std::size_t vendorStart = findLineStartingWith(text, entryPrefix(vendor));
+    const std::size_t vendorStart = findLineStartingWith(text, idsEntryPrefix(vendor));
     if (vendorStart == std::string_view::npos) return std::nullopt;
-    const std::string prefix = "\t" + entryPrefix(device);
+    const std::string prefix = "\t" + idsEntryPrefix(device);
     for (std::size_t start = nextLineStart(text, vendorStart); start < text.size();
          start = nextLineStart(text, start)) {
         const std::string_view line = lineAt(text, start);
-        if (hasPrefix(line, prefix)) return entryName(line, prefix.size());
-        if (!hasPrefix(line, "\t") && !isIgnorableLine(line)) return std::nullopt;
+        if (hasPrefix(line, prefix)) return idsEntryName(line, prefix.size());
+        if (endsIdsVendorBlock(line)) return std::nullopt;
     }
     return std::nullopt;
 }

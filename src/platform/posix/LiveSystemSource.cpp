@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 #include "common/QVSCommand.h"
 #include "common/QVSLogger.h"
@@ -47,6 +48,40 @@ std::optional<std::string> readBounded(int descriptor, std::uint64_t limit) {
     }
 }
 
+// The regular file at path opened for reading, or -1. Non-blocking, so that a FIFO
+// planted where a file was expected cannot stall the scan.
+int openRegularFile(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor == -1) return -1;
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+// Up to length bytes from offset, in chunks, so that no more is held than the file gives.
+std::optional<std::string> readPartAt(int descriptor, std::uint64_t offset, std::uint64_t length) {
+    constexpr std::uint64_t kChunk = 65536;
+    std::string bytes;
+    while (bytes.size() < length) {
+        const std::uint64_t at = offset + bytes.size();
+        if (at > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) break;
+        const std::size_t before = bytes.size();
+        bytes.resize(before + static_cast<std::size_t>(std::min(kChunk, length - before)));
+        const ssize_t count = pread(descriptor, bytes.data() + before, bytes.size() - before, static_cast<off_t>(at));
+        if (count < 0 && errno == EINTR) {
+            bytes.resize(before);
+            continue;
+        }
+        if (count < 0) return std::nullopt;
+        bytes.resize(before + static_cast<std::size_t>(count));
+        if (count == 0) break;
+    }
+    return bytes;
+}
+
 void logToolEnd(QVSCommand::RunEnd end, const std::string& program, std::chrono::milliseconds limit) {
     switch (end) {
         case QVSCommand::RunEnd::TimedOut:
@@ -81,17 +116,21 @@ std::optional<std::string> LiveSystemSource::runTool(const std::vector<std::stri
 }
 
 std::optional<std::string> LiveSystemSource::readFile(const std::string& path, std::uint64_t maximumBytes) {
-    // Non-blocking, so that a FIFO planted where a file was expected cannot stall the scan.
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor file(openRegularFile(path));
     if (file.get() == -1) return std::nullopt;
-    struct stat status {};
-    if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     std::optional<std::string> bytes = readBounded(file.get(), maximumBytes);
     if (!bytes) {
         QVSLogger::debug("%s holds more than %llu bytes or cannot be read; it is left out.", path.c_str(),
                          static_cast<unsigned long long>(maximumBytes));
     }
     return bytes;
+}
+
+std::optional<std::string> LiveSystemSource::readFilePart(const std::string& path, std::uint64_t offset,
+                                                          std::uint64_t length) {
+    const Descriptor file(openRegularFile(path));
+    if (file.get() == -1) return std::nullopt;
+    return readPartAt(file.get(), offset, length);
 }
 
 std::optional<std::vector<std::string>> LiveSystemSource::listFolder(const std::string& path) {

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "support/MemorySystemSource.h"
+#include "support/PartCountingSource.h"
 
 namespace tov {
 namespace {
 
 using testing::MemorySystemSource;
+using testing::PartCountingSource;
 
 // Hand-written databases in the files' layout: header comments, vendors, their devices,
 // subsystems (PCI) or interfaces (USB) two tabs deep, and the class lists at the end.
@@ -147,32 +149,38 @@ TEST(HardwareIds, DebiansUsbIdsLinkIsFollowed) {
     EXPECT_EQ(ids.vendorName(IdsDatabase::Usb, 0x1d6b), "Linux Foundation");
 }
 
-// Counts the reads of the databases.
-class CountingSource : public MemorySystemSource {
-public:
-    std::optional<std::string> readFile(const std::string& path, std::uint64_t maximumBytes) override {
-        ++reads;
-        lastLimit = maximumBytes;
-        return MemorySystemSource::readFile(path, maximumBytes);
-    }
-    int reads = 0;
-    std::uint64_t lastLimit = 0;
-};
-
-TEST(HardwareIds, EachDatabaseIsReadOncePerObjectWithABound) {
-    auto source = std::make_shared<CountingSource>();
-    source->file("/usr/share/misc/pci.ids", kPciIds);
+TEST(HardwareIds, DatabasesAreReadInSmallPartsAndNamesAreRemembered) {
+    auto source = std::make_shared<PartCountingSource>();
+    source->held("/usr/share/misc/pci.ids", kPciIds);
     HardwareIds ids(source);
+    EXPECT_EQ(ids.vendorName(IdsDatabase::Pci, 0x8086), "Intel Corporation");
+    EXPECT_EQ(ids.deviceName(IdsDatabase::Pci, 0x8086, 0x51ca), "Raptor Lake-P/U/H cAVS");
+    const int partsForFirstLookups = source->partReads;
     for (int lookup = 0; lookup < 5; ++lookup) {
-        ids.vendorName(IdsDatabase::Pci, 0x8086);
-        ids.deviceName(IdsDatabase::Pci, 0x8086, 0x51ca);
+        EXPECT_EQ(ids.vendorName(IdsDatabase::Pci, 0x8086), "Intel Corporation");
+        EXPECT_EQ(ids.deviceName(IdsDatabase::Pci, 0x8086, 0x51ca), "Raptor Lake-P/U/H cAVS");
+        EXPECT_EQ(ids.vendorName(IdsDatabase::Pci, 0x10de), "0x10de");
     }
-    EXPECT_EQ(source->reads, 1);
-    EXPECT_EQ(source->lastLimit, HardwareIds::kReadLimit);
+    EXPECT_EQ(source->wholeReads, 0);
+    EXPECT_LE(source->largestPartAsked, IdsFile::kPartBytes);
+    // Only the first question for 10de read anything more.
+    const int partsForUnknownVendor = source->partReads - partsForFirstLookups;
+    EXPECT_GT(partsForUnknownVendor, 0);
+    ids.vendorName(IdsDatabase::Pci, 0x10de);
+    EXPECT_EQ(source->partReads, partsForFirstLookups + partsForUnknownVendor);
     // A missing database is asked for once at each of its places, then no more.
+    const int partsBeforeUsb = source->partReads;
     ids.vendorName(IdsDatabase::Usb, 0x046d);
-    ids.vendorName(IdsDatabase::Usb, 0x046d);
-    EXPECT_EQ(source->reads, 4);
+    ids.vendorName(IdsDatabase::Usb, 0x1d6b);
+    EXPECT_EQ(source->partReads - partsBeforeUsb, 3);
+}
+
+TEST(HardwareIds, AnUnreadableFirstCopyLeadsToTheNext) {
+    auto source = std::make_shared<MemorySystemSource>();
+    source->folder("/usr/share/misc/pci.ids");
+    source->file("/usr/share/hwdata/pci.ids", kPciIds);
+    HardwareIds ids(source);
+    EXPECT_EQ(ids.vendorName(IdsDatabase::Pci, 0x8086), "Intel Corporation");
 }
 
 TEST(HardwareIds, ADatabaseLargerThanTheBoundIsNotRead) {

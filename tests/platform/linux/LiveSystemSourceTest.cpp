@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 
 #include "support/TestFolder.h"
@@ -45,6 +46,37 @@ TEST(LiveSystemSource, AFifoOrALinkLoopGivesNothingAtOnce) {
     EXPECT_FALSE(source.readFile(folder.file("fifo"), 100));
     EXPECT_FALSE(source.readFile(folder.file("loop"), 100));
     EXPECT_FALSE(source.listFolder(folder.file("loop")));
+}
+
+TEST(LiveSystemSource, ReadsAPartOfAFileWithoutReadingTheRest) {
+    TestFolder folder;
+    folder.write("real", "0123456789");
+    std::filesystem::create_symlink("real", folder.file("link"));
+    LiveSystemSource source;
+    EXPECT_EQ(source.readFilePart(folder.file("real"), 2, 3), "234");
+    EXPECT_EQ(source.readFilePart(folder.file("link"), 0, 4), "0123");
+    EXPECT_EQ(source.readFilePart(folder.file("real"), 8, 100), "89");
+    EXPECT_EQ(source.readFilePart(folder.file("real"), 10, 5), "");
+    EXPECT_EQ(source.readFilePart(folder.file("real"), 1u << 30, 5), "");
+    EXPECT_EQ(source.readFilePart(folder.file("real"), UINT64_MAX, 5), "");
+    EXPECT_EQ(source.readFilePart(folder.file("real"), 3, 0), "");
+    EXPECT_FALSE(source.readFilePart(folder.file("missing"), 0, 5));
+    EXPECT_FALSE(source.readFilePart(folder.path(), 0, 5));
+}
+
+TEST(LiveSystemSource, APartOfAFifoOrALinkLoopGivesNothingAtOnce) {
+    TestFolder folder;
+    ASSERT_EQ(mkfifo(folder.file("fifo").c_str(), 0600), 0);
+    std::filesystem::create_symlink("loop", folder.file("loop"));
+    LiveSystemSource source;
+    EXPECT_FALSE(source.readFilePart(folder.file("fifo"), 0, 100));
+    EXPECT_FALSE(source.readFilePart(folder.file("loop"), 0, 100));
+}
+
+TEST(LiveSystemSource, PartsOfProcFilesWithoutASizeAreRead) {
+    LiveSystemSource source;
+    const auto start = source.readFilePart("/proc/meminfo", 0, 9);
+    EXPECT_EQ(start, "MemTotal:");
 }
 
 TEST(LiveSystemSource, AHungToolIsEndedAfterTheTimeLimit) {
