@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -124,6 +125,23 @@ std::optional<std::string> RecordedSystemSource::readFile(const std::string& pat
     const std::optional<std::string> resolved = recordedPath(path, true);
     if (!resolved || recordedKind(*resolved) != PathKind::File) return std::nullopt;
     return readWholeFile(filesRoot_ + *resolved, maximumBytes);
+}
+
+std::optional<std::string> RecordedSystemSource::readFilePart(const std::string& path, std::uint64_t offset,
+                                                              std::uint64_t length) {
+    const std::optional<std::string> resolved = recordedPath(path, true);
+    if (!resolved || recordedKind(*resolved) != PathKind::File) return std::nullopt;
+    std::ifstream file(filesRoot_ + *resolved, std::ios::binary | std::ios::ate);
+    if (!file) return std::nullopt;
+    const std::streamoff size = file.tellg();
+    if (size < 0) return std::nullopt;
+    const auto fileSize = static_cast<std::uint64_t>(size);
+    if (offset >= fileSize) return std::string();
+    std::string part(static_cast<std::size_t>(std::min(length, fileSize - offset)), '\0');
+    file.seekg(static_cast<std::streamoff>(offset));
+    file.read(part.data(), static_cast<std::streamsize>(part.size()));
+    if (!file) return std::nullopt;
+    return part;
 }
 
 std::optional<std::vector<std::string>> RecordedSystemSource::listFolder(const std::string& path) {

@@ -24,6 +24,9 @@ public:
     std::string platform() const override { return platform_; }
     std::optional<std::string> runTool(const std::vector<std::string>& argv) override;
     std::optional<std::string> readFile(const std::string& path, std::uint64_t maximumBytes) override;
+    // Reads only the part asked for, so a large recorded database is not read whole per part.
+    std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
+                                            std::uint64_t length) override;
     std::optional<std::vector<std::string>> listFolder(const std::string& path) override;
     std::optional<std::string> readLink(const std::string& path) override;
     PathKind pathKind(const std::string& path) override;

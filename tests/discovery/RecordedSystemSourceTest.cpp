@@ -57,6 +57,17 @@ TEST_F(RecordedSystemSourceTest, MissingThingsAndLargeFilesGiveNothing) {
     EXPECT_TRUE(source->fact("uname", "").isAbsent());
 }
 
+TEST_F(RecordedSystemSourceTest, PartsOfAFileAreReadThroughItsLinks) {
+    const auto source = open();
+    EXPECT_EQ(source->readFilePart("/sys/block/sda/size", 0, 3), "976");
+    EXPECT_EQ(source->readFilePart("/sys/block/sda/size", 6, 100), "168\n");
+    EXPECT_EQ(source->readFilePart("/sys/block/sda/size", 10, 5), "");
+    EXPECT_EQ(source->readFilePart("/sys/block/sda/size", 400, 5), "");
+    EXPECT_EQ(source->readFilePart("/etc/localtime", 1, 2), "Zi");
+    EXPECT_FALSE(source->readFilePart("/sys/block/sdb/size", 0, 3));
+    EXPECT_FALSE(source->readFilePart("/sys/block", 0, 3));
+}
+
 TEST_F(RecordedSystemSourceTest, HostilePathsAndLinksNeverLeaveTheCapture) {
     writeFile(outside_.file("secret"), "secret");
     fs::create_symlink("../../../../../../../../../../.." + outside_.path(), capture("files/sys/escape"));
@@ -66,6 +77,7 @@ TEST_F(RecordedSystemSourceTest, HostilePathsAndLinksNeverLeaveTheCapture) {
     EXPECT_FALSE(source->readFile("/sys/escape/secret", 100));
     EXPECT_FALSE(source->readFile("/sys/absolute/secret", 100));
     EXPECT_FALSE(source->readFile("/sys/loopy/x", 100));
+    EXPECT_FALSE(source->readFilePart("/sys/escape/secret", 0, 100));
     EXPECT_FALSE(source->listFolder("/sys/loopy"));
     EXPECT_FALSE(source->readFile("/sys/../../" + outside_.path() + "/secret", 100));
     EXPECT_FALSE(source->readFile("relative/path", 100));
