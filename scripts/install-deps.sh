@@ -5,8 +5,8 @@ set -euo pipefail
 
 debian_packages=(
   cmake g++ make pkg-config
-  nlohmann-json3-dev libplist-dev libzip-dev libssl-dev libicu-dev
-  libcurl4-openssl-dev libcups2-dev libsystemd-dev cups-daemon cups-client
+  nlohmann-json3-dev libplist-dev libzip-dev libicu-dev
+  libcurl4-openssl-dev libcups2-dev libsystemd-dev cups-daemon cups-client nettle-dev binutils
   pci.ids usb.ids
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev

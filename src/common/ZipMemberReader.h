@@ -4,7 +4,7 @@
 // order (as "unzip -p" prints them), a chunk at a time, so that no member has to be held
 // in memory whole.
 
-#include <zip.h>
+#include "common/LibZip.h"
 
 #include <cstdint>
 #include <memory>
@@ -16,7 +16,7 @@ class ZipMemberReader {
 public:
     explicit ZipMemberReader(const std::string& path);
 
-    // The archive could be opened.
+    // The archive could be opened (libzip loaded, the file a readable archive).
     bool isOpen() const { return archive_ != nullptr; }
     // Up to size bytes of the members' contents: the count, 0 after the last member,
     // -1 when the archive is not open or a member cannot be read.
@@ -24,10 +24,10 @@ public:
 
 private:
     struct ArchiveCloser {
-        void operator()(zip_t* archive) const { zip_discard(archive); }
+        void operator()(zip_t* archive) const { libZip()->discard(archive); }
     };
     struct MemberCloser {
-        void operator()(zip_file_t* member) const { zip_fclose(member); }
+        void operator()(zip_file_t* member) const { libZip()->fclose(member); }
     };
 
     // Opens the next member that is not a folder entry; false when none is left or it

@@ -1,19 +1,16 @@
 #include "platform/Md5Digest.h"
 
-#include <openssl/evp.h>
+#include <nettle/md5.h>
 
 namespace tov {
 
+// Nettle is already in the process (CUPS's TLS library uses it), so the digest costs no
+// library of its own.
 struct Md5Digest::State {
-    EVP_MD_CTX* context = nullptr;
-    bool usable = false;
+    md5_ctx context{};
+    bool usable = true;
 
-    State() : context(EVP_MD_CTX_new()) {
-        usable = context != nullptr && EVP_DigestInit_ex(context, EVP_md5(), nullptr) == 1;
-    }
-    ~State() { EVP_MD_CTX_free(context); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
+    State() { md5_init(&context); }
 };
 
 Md5Digest::Md5Digest() : state_(std::make_unique<State>()) {}
@@ -22,17 +19,15 @@ Md5Digest::~Md5Digest() = default;
 
 void Md5Digest::update(const void* bytes, std::size_t length) {
     if (!state_->usable || length == 0) return;
-    state_->usable = EVP_DigestUpdate(state_->context, bytes, length) == 1;
+    md5_update(&state_->context, length, static_cast<const std::uint8_t*>(bytes));
 }
 
 std::optional<Md5Digest::Value> Md5Digest::finish() {
     if (!state_->usable) return std::nullopt;
     state_->usable = false;
     Value digest{};
-    unsigned int length = 0;
-    if (EVP_DigestFinal_ex(state_->context, digest.data(), &length) != 1 || length != digest.size()) {
-        return std::nullopt;
-    }
+    static_assert(sizeof digest == MD5_DIGEST_SIZE);
+    md5_digest(&state_->context, digest.size(), digest.data());
     return digest;
 }
 
