@@ -12,6 +12,7 @@
 #include "discovery/EqualRecordsOnce.h"
 #include "discovery/PathWalk.h"
 #include "discovery/formats/ScsiSerialPage.h"
+#include "discovery/linux/LinuxBusVendor.h"
 #include "discovery/linux/LinuxMountedVolume.h"
 #include "discovery/linux/LinuxVolumeLabel.h"
 #include "discovery/linux/SysfsBlockDevices.h"
@@ -59,20 +60,6 @@ bool isDriveName(std::string_view name) {
 
 std::string reportable(std::string_view text) { return reportableText(text, kMaximumTextBytes); }
 
-// The PCI function holding the virtio device at virtioPath ("/sys/devices/.../0000:00:04.0/virtio2").
-std::optional<std::string> virtioPciName(SystemSource& source, HardwareIds& hardwareIds,
-                                        const std::string& virtioPath) {
-    const std::string function = virtioPath.substr(0, virtioPath.rfind('/'));
-    const std::optional<std::string> subsystem = source.readLink(function + "/subsystem");
-    if (!subsystem || lastPathComponent(*subsystem) != "pci") return std::nullopt;
-    const auto vendorText = SysfsBlockDevices::attribute(source, function + "/vendor");
-    const auto deviceText = SysfsBlockDevices::attribute(source, function + "/device");
-    const std::optional<std::uint16_t> vendor = vendorText ? parseHardwareId(*vendorText) : std::nullopt;
-    const std::optional<std::uint16_t> device = deviceText ? parseHardwareId(*deviceText) : std::nullopt;
-    if (!vendor || !device) return std::nullopt;
-    return hardwareIds.deviceName(IdsDatabase::Pci, *vendor, *device);
-}
-
 // A virtio disk has no model: it is named by the PCI function that carries it.
 std::optional<std::string> virtioDiskName(SystemSource& source, HardwareIds& hardwareIds,
                                           const std::string& diskPath) {
@@ -80,7 +67,9 @@ std::optional<std::string> virtioDiskName(SystemSource& source, HardwareIds& har
     if (!device) return std::nullopt;
     const std::optional<std::string> subsystem = source.readLink(*device + "/subsystem");
     if (!subsystem || lastPathComponent(*subsystem) != "virtio") return std::nullopt;
-    return virtioPciName(source, hardwareIds, *device);
+    const std::optional<BusVendor> bus = linuxBusVendor(source, diskPath + "/device");
+    if (!bus || !bus->device) return std::nullopt;
+    return hardwareIds.deviceName(bus->database, bus->vendor, *bus->device);
 }
 
 std::string nameOf(SystemSource& source, HardwareIds& hardwareIds, const BlockDeviceEntry& disk) {
