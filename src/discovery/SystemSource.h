@@ -1,10 +1,11 @@
 #pragma once
 
 // Where discovery reads the machine. Discoverers never call the operating system: they
-// ask one source to run a tool, read a file (whole, or a part of it), list a folder, read a
-// link, tell what stands at a path, or give a native fact (SystemFacts.h names them and their shapes). The live
-// source answers from the running machine, the recorded one from a capture folder, and
-// the capturing one answers like the source it wraps and records every answer.
+// ask one source to run a tool, read a file (whole, or a part of it), list a folder, read
+// a link, tell what stands at a path, or give a native fact (SystemFacts.h names them and
+// their shapes). The live source answers from the running machine, the recorded one from
+// a capture folder, and the capturing one answers like the source it wraps and records
+// every answer.
 
 #include <cstdint>
 #include <optional>
@@ -45,8 +46,8 @@ public:
     // followed as for readFile): fewer at the end of the file, "" from its end on; nothing
     // when there is no such file or it cannot be read. So a large file can be searched
     // without holding it. This default reads the whole file (up to
-    // kWholeFileLimitForParts bytes) through readFile and answers the part; the live
-    // source reads only the part.
+    // kWholeFileLimitForParts bytes) through readFile and answers the part; the live and
+    // the recorded sources read only the part.
     virtual std::optional<std::string> readFilePart(const std::string& path, std::uint64_t offset,
                                                     std::uint64_t length);
 
