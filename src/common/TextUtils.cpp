@@ -69,6 +69,13 @@ std::string asciiLowercase(std::string text) {
     return text;
 }
 
+std::string asciiUppercase(std::string text) {
+    for (char& c : text) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return text;
+}
+
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {
     return left.size() == right.size() && asciiLowercase(std::string(left)) == asciiLowercase(std::string(right));
 }

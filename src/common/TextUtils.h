@@ -15,8 +15,9 @@ std::string trimWhitespaceAndNewlines(std::string_view text);
 // names; escaped surrogate pairs combine into one character. Other text is unchanged.
 std::string decodeJavaEscapes(std::string text);
 
-// The text with A to Z turned into a to z; other bytes are kept.
+// The text with A to Z turned into a to z (or a to z into A to Z); other bytes are kept.
 std::string asciiLowercase(std::string text);
+std::string asciiUppercase(std::string text);
 
 // ASCII case-insensitive comparison of whole strings.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);

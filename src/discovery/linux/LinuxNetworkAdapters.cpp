@@ -1,7 +1,5 @@
 #include "discovery/linux/LinuxNetworkAdapters.h"
 
-#include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <memory>
 #include <vector>
@@ -49,12 +47,6 @@ std::string driverName(SystemSource& source, const std::string& deviceLink) {
     return printableText(lastPathComponent(*target));
 }
 
-std::string upperCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-
 // The link speed in bits per second; 0 when the link is down (-1), the file cannot be
 // read (a down link or a driver that does not tell) or holds no positive number.
 std::uint64_t linkSpeed(SystemSource& source, const std::string& folder) {
@@ -75,7 +67,7 @@ std::shared_ptr<QVIOKitNetwork> adapterRecord(SystemSource& source, HardwareIds&
     const std::string folder = linuxNetworkInterfaceFolder(name);
     const std::string deviceLink = childPath(folder, "device");
     const BusNames names = busNames(source, hardwareIds, deviceLink);
-    const std::string macAddress = upperCase(linuxHardwareAddress(source, name));
+    const std::string macAddress = asciiUppercase(linuxHardwareAddress(source, name));
     std::shared_ptr<QVIOKitNetwork> record = QVIOKitNetwork::ioKitNetwork();
     record->setVendor(names.vendor);
     record->setAdapter(networkAdapterName(names.model, driverName(source, deviceLink)));
