@@ -1,0 +1,60 @@
+#pragma once
+
+// The USB volume events: the registry of the mount paths of USB volumes (at most 50), the
+// judgement of mount and unmount events, and the pending flags of the scheduler they set.
+// Everything here runs on the main thread.
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "app/QVScanScheduler.h"
+#include "model/Value.h"
+#include "platform/VolumeWatcher.h"
+
+namespace tov {
+
+class QVRemovableMedia {
+public:
+    static constexpr std::size_t kMountPathCountLimit = 50;
+
+    // The disk information of the volume at a mount path ("BusProtocol" among its keys);
+    // null when there is none.
+    using VolumeInfo = std::function<DictionaryRef(const std::string& mountPath)>;
+    // The mount paths of the volumes mounted now.
+    using MountPaths = std::function<std::vector<std::string>()>;
+    // Starts delivering volume events to the handler; null when that could not be done.
+    using WatcherFactory = std::function<std::unique_ptr<VolumeWatcher>(VolumeWatcher::Handler)>;
+
+    QVRemovableMedia(QVScanScheduler& scheduler, VolumeInfo volumeInfo, MountPaths mountPaths,
+                     WatcherFactory watcherFactory);
+
+    void collectAllUSBPath();
+    void setupUsbArrivalDepartureNotificationSystem();
+    void discardArrivalDepartureNotificationSystem();
+    bool isRegisteredForUsbDeviceEvents() const;
+
+    bool isValidVolumeEvent(const VolumeEvent& event);
+    void deviceMounted(const VolumeEvent& event);
+    void deviceUnmounted(const VolumeEvent& event);
+
+    bool isRegisteredMountPath(const std::string& mountPath) const;
+
+private:
+    void handle(const VolumeEvent& event);
+
+    QVScanScheduler& scheduler_;
+    VolumeInfo volumeInfo_;
+    MountPaths mountPaths_;
+    WatcherFactory watcherFactory_;
+    // The delegate's monitor: registration and the pending flags.
+    mutable std::recursive_mutex monitor_;
+    bool registeredForUsbDeviceEvents_ = false;
+    std::unique_ptr<VolumeWatcher> watcher_;
+    // Mount paths in the order they were entered, the oldest evicted first beyond the limit.
+    std::vector<std::string> mountPathCache_;
+};
+
+}  // namespace tov
