@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "app/QVScanScheduler.h"
+#include "app/PendingMediaFlags.h"
 #include "model/Value.h"
 #include "platform/VolumeWatcher.h"
 
@@ -28,7 +28,7 @@ public:
     // Starts delivering volume events to the handler; null when that could not be done.
     using WatcherFactory = std::function<std::unique_ptr<VolumeWatcher>(VolumeWatcher::Handler)>;
 
-    QVRemovableMedia(QVScanScheduler& scheduler, VolumeInfo volumeInfo, MountPaths mountPaths,
+    QVRemovableMedia(PendingMediaFlags& flags, VolumeInfo volumeInfo, MountPaths mountPaths,
                      WatcherFactory watcherFactory);
 
     void collectAllUSBPath();
@@ -45,7 +45,7 @@ public:
 private:
     void handle(const VolumeEvent& event);
 
-    QVScanScheduler& scheduler_;
+    PendingMediaFlags& flags_;
     VolumeInfo volumeInfo_;
     MountPaths mountPaths_;
     WatcherFactory watcherFactory_;

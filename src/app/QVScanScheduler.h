@@ -11,9 +11,11 @@
 #include <functional>
 #include <mutex>
 
+#include "app/PendingMediaFlags.h"
+
 namespace tov {
 
-class QVScanScheduler {
+class QVScanScheduler : public PendingMediaFlags {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
 
@@ -53,10 +55,10 @@ public:
     bool policyIsChanged() const;
     void setNeedStartupScan(bool needed);
     bool needStartupScan() const;
-    void setPendingMountNotification(bool pending);
-    bool pendingMountNotification() const;
-    void setPendingUnmountNotification(bool pending);
-    bool pendingUnmountNotification() const;
+    void setPendingMountNotification(bool pending) override;
+    bool pendingMountNotification() const override;
+    void setPendingUnmountNotification(bool pending) override;
+    bool pendingUnmountNotification() const override;
     // Seconds since 2001-01-01 UTC.
     double nextDeltaScanTime() const;
 
