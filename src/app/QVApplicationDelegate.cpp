@@ -149,7 +149,8 @@ void QVApplicationDelegate::didPolicyChanged(QVSPolicy& policy) {
 
 void QVApplicationDelegate::lazyInitScanThread() {
     if (scanThread_) return;
-    scanThread_ = std::make_unique<QVScanThread>(scheduler_, options_.sleep);
+    scanThread_ = options_.tickSleep ? std::make_unique<QVScanThread>(scheduler_, options_.tickSleep)
+                                     : std::make_unique<QVScanThread>(scheduler_);
     if (!scanThread_->start()) scanThread_.reset();
 }
 

@@ -36,7 +36,8 @@ public:
     // manager and the discoverer factory asked about consoles and volumes.
     struct Options {
         QVScanScheduler::Clock clock = std::chrono::system_clock::now;
-        QVScanThread::Sleep sleep;
+        // Empty: the real 5-second sleep.
+        QVScanThread::TickSleep tickSleep;
         ServiceManager* serviceManager = nullptr;
         std::shared_ptr<QVDiscovererFactory> factory;
     };
