@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/TemporaryRootTest.h"
@@ -406,6 +407,33 @@ TEST_F(QVRemovableMediaTest, HostileMountPathsAndNamesAreOnlyData) {
     deliver(unmounted(path, name));
     EXPECT_TRUE(flags.unmount);
     EXPECT_FALSE(media.isRegisteredMountPath(path));
+}
+
+TEST_F(QVRemovableMediaTest, TheScanThreadMayClearTheFlagsWhileEventsArrive) {
+    media.setupUsbArrivalDepartureNotificationSystem();
+    attach("/media/stick", "USB");
+    std::atomic<bool> done{false};
+    std::thread scanThread([&] {
+        while (!done.load()) {
+            flags.setPendingMountNotification(false);
+            flags.setPendingUnmountNotification(false);
+            std::this_thread::yield();
+        }
+    });
+    for (int round = 0; round < 200; ++round) {
+        deliver(mounted("/media/stick"));
+        deliver(unmounted("/media/stick"));
+    }
+    done.store(true);
+    scanThread.join();
+
+    // Every raise of a flag, and only that, wrote its line.
+    EXPECT_GE(flags.mountRaised, 1);
+    EXPECT_EQ(occurrences(log(), "One or more devices were mounted.  Will re-scan shortly..."),
+              static_cast<std::size_t>(flags.mountRaised.load()));
+    EXPECT_EQ(occurrences(log(), "One or more devices were unmounted.  Will re-scan shortly..."),
+              static_cast<std::size_t>(flags.unmountRaised.load()));
+    EXPECT_FALSE(media.isRegisteredMountPath("/media/stick"));
 }
 
 }  // namespace
