@@ -2,9 +2,13 @@
 
 // The policy file that another component drops to tune the daemon. It is read anew on
 // every question, plain or zipped; a missing or unreadable policy gives the defaults.
+// When the file's content changes, the change handler records the new content hash in
+// the settings and tells the delegate.
 
+#include <atomic>
 #include <string>
 
+#include "common/QVSPolicyDelegate.h"
 #include "model/Value.h"
 
 namespace tov {
@@ -34,10 +38,23 @@ public:
     // Adds to dictionary the policy keys found in the file at path.
     static void populateDictionary(Dictionary& dictionary, const std::string& path);
 
+    // The delegate told of a changed policy; not owned, null for none. It must outlive its
+    // time as delegate. Safe from any thread.
+    void setDelegate(QVSPolicyDelegate* delegate);
+    QVSPolicyDelegate* delegate() const;
+
+    // The change handler, run on the thread that watches the policy file: a policy whose
+    // hash differs from the stored one discards the persisted settings, stores its hash and
+    // is handed to the delegate. A missing or invalid policy changes nothing.
+    void policyObserveCallback();
+
 private:
     QVSPolicy() = default;
     // The policy's keys over the given defaults.
     Dictionary readPolicy(Dictionary defaults = {}) const;
+    void applyChangedPolicy(const std::string& oldHash, const std::string& newHash);
+
+    std::atomic<QVSPolicyDelegate*> delegate_{nullptr};
 };
 
 }  // namespace tov
