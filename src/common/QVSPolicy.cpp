@@ -135,6 +135,21 @@ QVSPolicy& QVSPolicy::sharedPolicy() {
     return policy;
 }
 
+void QVSPolicy::lazyInitializeFileSystemEventStream(RunLoop& loop) {
+    std::lock_guard<std::mutex> guard(streamLock_);
+    if (fileSystemEventStream_) return;
+    fileSystemEventStream_ =
+        FileWatcher::create(loop, Paths::policyFile(), kFileEventLatency, [this] { policyObserveCallback(); });
+}
+
+void QVSPolicy::releaseFileSystemEventStream() {
+    std::unique_ptr<FileWatcher> stream;
+    {
+        std::lock_guard<std::mutex> guard(streamLock_);
+        stream = std::move(fileSystemEventStream_);
+    }
+}
+
 void QVSPolicy::populateDictionary(Dictionary& dictionary, const std::string& path) {
     if (path.empty() || !isReadableRegularFile(path)) return;
     const std::optional<TopLevelJsonKeys> policy = readPolicyKeys(path);

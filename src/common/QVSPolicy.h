@@ -6,10 +6,15 @@
 // the settings and tells the delegate.
 
 #include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include "common/QVSPolicyDelegate.h"
 #include "model/Value.h"
+#include "platform/FileWatcher.h"
+#include "platform/RunLoop.h"
 
 namespace tov {
 
@@ -48,6 +53,13 @@ public:
     // is handed to the delegate. A missing or invalid policy changes nothing.
     void policyObserveCallback();
 
+    // Starts watching the policy file on the loop's thread, where the change handler then
+    // runs, 3 seconds after the last of a series of changes; does nothing when it watches.
+    static constexpr std::chrono::milliseconds kFileEventLatency {3000};
+    void lazyInitializeFileSystemEventStream(RunLoop& loop);
+    // Stops watching (before the loop goes away).
+    void releaseFileSystemEventStream();
+
 private:
     QVSPolicy() = default;
     // The policy's keys over the given defaults.
@@ -55,6 +67,8 @@ private:
     void applyChangedPolicy(const std::string& oldHash, const std::string& newHash);
 
     std::atomic<QVSPolicyDelegate*> delegate_{nullptr};
+    std::mutex streamLock_;
+    std::unique_ptr<FileWatcher> fileSystemEventStream_;
 };
 
 }  // namespace tov
