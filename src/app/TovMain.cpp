@@ -13,6 +13,7 @@
 #include "app/LogLevelChoice.h"
 #include "app/QVAppDaemonUtil.h"
 #include "app/QVApplicationDelegate.h"
+#include "app/QVDaemonInstaller.h"
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/SystemLog.h"
@@ -79,8 +80,14 @@ int dispatch(const QVSAppArgument& arguments, QVApplicationDelegate& delegate, c
         writeToStandardOutput(delegate.environment());
         return 0;
     }
-    if (arguments.isInstallationCall()) return refuseUnavailableMode("installation");
-    if (arguments.isUninstallationCall()) return refuseUnavailableMode("uninstallation");
+    if (arguments.isInstallationCall()) {
+        QVDaemonInstaller().lazyInstallAsDaemonWithExecutionInterval(QVDaemonInstaller::kExecutionInterval, true);
+        return 0;
+    }
+    if (arguments.isUninstallationCall()) {
+        QVDaemonInstaller().lazyUninstallDaemon();
+        return 0;
+    }
     if (InventoryPrinter::isPrintRequest(arguments)) return InventoryPrinter::print(arguments, stdout);
     if (isForcedFullScanCall(arguments)) {
         delegate.forceFullScan();
