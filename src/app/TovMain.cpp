@@ -42,12 +42,6 @@ bool isForcedFullScanCall(const QVSAppArgument& arguments) {
     return arguments.containArgumentFlag("forcefullscan") || arguments.containArgumentFlag("-forcefullscan");
 }
 
-// Modes whose machinery has not been built into this executable yet.
-int refuseUnavailableMode(const char* mode) {
-    QVSLogger::error("The %s mode is not available yet in this version of tov.", mode);
-    return 1;
-}
-
 void sleepHalfASecond() { std::this_thread::sleep_for(std::chrono::milliseconds(500)); }
 
 // Without seat0 (a server, a virtual machine) there is no console and the daemon runs;
@@ -81,11 +75,11 @@ int dispatch(const QVSAppArgument& arguments, QVApplicationDelegate& delegate, c
         return 0;
     }
     if (arguments.isInstallationCall()) {
-        QVDaemonInstaller().lazyInstallAsDaemonWithExecutionInterval(QVDaemonInstaller::kExecutionInterval, true);
+        delegate.lazyInstallAsDaemonWithExecutionInterval(QVDaemonInstaller::kExecutionInterval, true);
         return 0;
     }
     if (arguments.isUninstallationCall()) {
-        QVDaemonInstaller().lazyUninstallDaemon();
+        delegate.lazyUninstallDaemon();
         return 0;
     }
     if (InventoryPrinter::isPrintRequest(arguments)) return InventoryPrinter::print(arguments, stdout);

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,11 +19,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// The unit the daemon writes on every tick stays in the namespace too.
+constexpr testing::PrivateFolders kFolders = testing::PrivateFolders::OptTmpAndSystemdUnits;
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
 constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
 constexpr const char* kSettingsPath = "/opt/Quorvel/KELD/Components/TOV/settings.bin";
 constexpr const char* kLogPath = "/opt/Quorvel/KELD/logs/tov.log";
-constexpr const char* kServiceFolder = "/etc/systemd/system";
 
 bool outboxHoldsAnArchive() {
     std::error_code error;
@@ -49,25 +49,18 @@ int waitForExit(pid_t child, std::chrono::seconds limit) {
     return -1;
 }
 
-// The service folder is made private too, so the unit the daemon writes never reaches the
-// machine's own /etc.
-bool hideServiceFolder() {
-    if (!std::filesystem::is_directory(kServiceFolder)) return true;
-    return ::mount("tmpfs", kServiceFolder, "tmpfs", 0, "mode=0755") == 0;
-}
-
 class DaemonExecutable : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!testing::privateOptAndTmpAvailable()) GTEST_SKIP() << "needs root, /opt and mount namespaces";
+        if (!testing::privateOptAndTmpAvailable(kFolders)) GTEST_SKIP() << "needs root, /opt and mount namespaces";
     }
 };
 
 // After one earlier scan (a new installation's first report is kept back), the daemon's
 // start-up scan hands a report over at once; SIGTERM ends it with its settings written.
 TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly) {
-    const testing::ChildResult result = testing::runWithTovInNamespace([](int program) {
-        if (!hideServiceFolder()) return 10;
+    const testing::ChildResult result = testing::runWithTovInNamespace(
+        [](int program) {
         testing::writeFile(kPolicyPath, R"({"ScanAfterRestart": true, "EventDrivenScan": true})");
         if (testing::runOpenedProgram(program, {"forcefullscan"}) != 0) return 11;
         if (outboxHoldsAnArchive()) return 12;
@@ -90,14 +83,15 @@ TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly)
         if (log.find("TOV finished.") == std::string::npos) return 17;
         if (!std::filesystem::is_regular_file(kSettingsPath)) return 18;
         return 0;
-    });
+        },
+        kFolders);
     EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 // Without a policy the daemon scans nothing, keeps running and still ends on SIGTERM.
 TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
-    const testing::ChildResult result = testing::runWithTovInNamespace([](int program) {
-        if (!hideServiceFolder()) return 10;
+    const testing::ChildResult result = testing::runWithTovInNamespace(
+        [](int program) {
         const pid_t daemon = ::fork();
         if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
         if (daemon < 0) return 13;
@@ -118,7 +112,8 @@ TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
         if (log.find("TOV finished.") == std::string::npos) return 17;
         if (outboxHoldsAnArchive()) return 19;
         return 0;
-    });
+        },
+        kFolders);
     EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
