@@ -14,7 +14,6 @@
 #include <memory>
 #include <mutex>
 #include <set>
-#include <thread>
 #include <utility>
 
 #include "common/FileDescriptor.h"
