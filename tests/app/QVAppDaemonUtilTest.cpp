@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
+
+#include "common/QVSCommand.h"
+#include "platform/ProcessId.h"
 
 namespace tov {
 namespace {
@@ -112,6 +116,23 @@ TEST(QVAppDaemonUtilMemory, OwnMemoryAndRamAreMeasured) {
     const double own = QVAppDaemonUtil::memoryConsumptionOfCurrentProcess();
     EXPECT_GT(own, 0);
     EXPECT_LT(own, static_cast<double>(QVAppDaemonUtil::discoverRam()));
+}
+
+// The fallback on the real "ps aux" list agrees with the kernel's measure to the one
+// decimal of a percentage that ps prints. Enough memory is touched that the percentage
+// is not 0.0.
+TEST(QVAppDaemonUtilMemory, FallbackOnTheRealProcessListAgreesWithTheKernel) {
+    const std::uint64_t ram = QVAppDaemonUtil::discoverRam();
+    ASSERT_GT(ram, 0u);
+    const std::size_t touched = std::min<std::uint64_t>(ram / 50, 512ULL * 1024 * 1024);
+    std::vector<char> block(touched, 1);
+    const std::optional<std::string> list = QVSCommand::run("ps aux | grep -i tov");
+    ASSERT_TRUE(list.has_value());
+    const double fromList = QVAppDaemonUtil::memoryFromProcessList(*list, currentProcessId(), ram);
+    const double fromKernel = QVAppDaemonUtil::memoryConsumptionOfCurrentProcess();
+    EXPECT_GT(fromList, 0) << *list;
+    EXPECT_NEAR(fromList, fromKernel, static_cast<double>(ram) * 0.001 + 16.0 * 1024 * 1024) << *list;
+    EXPECT_EQ(block[touched - 1], 1);
 }
 
 TEST(QVAppDaemonUtilComponents, FirstAndLastNonEmpty) {
