@@ -232,5 +232,16 @@ TEST_F(DaemonEndToEndTest, WithoutAPolicyNothingIsScannedButTheServiceIsKept) {
     EXPECT_TRUE(std::filesystem::is_regular_file(Paths::jobFile()));
 }
 
+// The debug trigger is watched from start-up on: "DEBUG" written there switches the level
+// half a second later; removing it restores the default.
+TEST_F(DaemonEndToEndTest, TheDebugTriggerSwitchesTheLevelWhileTheDaemonRuns) {
+    startDaemon();
+    ASSERT_TRUE(waitForLog("The policy file does not exit."));
+    writeFile(Paths::debugTrigger(), "DEBUG\n");
+    EXPECT_TRUE(waitForLog("Set new loglevel [DEBUG]"));
+    std::filesystem::remove(Paths::debugTrigger());
+    EXPECT_TRUE(waitForLog("Set new loglevel [INFORMATION]"));
+}
+
 }  // namespace
 }  // namespace tov
