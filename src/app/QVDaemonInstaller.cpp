@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "app/QVAppDaemonUtil.h"
 #include "common/FileAccess.h"
 #include "common/Paths.h"
 #include "common/QVFileUtil.h"
@@ -55,22 +56,6 @@ bool restrictToRoot(const std::string& path) {
         return false;
     }
     return true;
-}
-
-std::vector<std::string> whiteSpaceSeparatedFields(const std::string& text) {
-    std::vector<std::string> fields;
-    std::string field;
-    for (const char character : text) {
-        if (character == ' ' || character == '\t' || character == '\n' || character == '\r' || character == '\v' ||
-            character == '\f') {
-            if (!field.empty()) fields.push_back(field);
-            field.clear();
-        } else {
-            field += character;
-        }
-    }
-    if (!field.empty()) fields.push_back(field);
-    return fields;
 }
 
 }  // namespace
@@ -146,12 +131,7 @@ bool QVDaemonInstaller::isInstalledAsDaemonWithDaemonName(const std::string& nam
     if (name.empty()) return false;
     const std::optional<std::string> listing = manager_.list(name);
     if (!listing || listing->empty()) return false;
-    return listOutputShowsDaemon(name, *listing);
-}
-
-bool QVDaemonInstaller::listOutputShowsDaemon(const std::string& name, const std::string& output) {
-    const std::vector<std::string> fields = whiteSpaceSeparatedFields(output);
-    return fields.size() >= 3 && fields.back().starts_with(name);
+    return QVAppDaemonUtil::isProcessNamedInstalledAsLaunchDaemonWithListOutput(name, *listing);
 }
 
 }  // namespace tov

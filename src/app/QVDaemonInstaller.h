@@ -30,12 +30,6 @@ public:
     bool isInstalledAsDaemonWithDaemonName(const std::string& name);
 
 private:
-    // The check of a listing line: at least three white-space-separated fields, the last
-    // beginning with name. The same rule as
-    // QVAppDaemonUtil::isProcessNamedInstalledAsLaunchDaemonWithListOutput, kept here until
-    // that utility is built into this executable.
-    static bool listOutputShowsDaemon(const std::string& name, const std::string& output);
-
     ServiceManager& manager_;
 };
 
