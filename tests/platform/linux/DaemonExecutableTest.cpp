@@ -88,6 +88,51 @@ TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly)
     EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
+// Reads the log until it holds text, for at most limit.
+bool waitForLogLine(const std::string& text, std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        std::error_code error;
+        if (std::filesystem::exists(kLogPath, error) && testing::readFile(kLogPath).find(text) != std::string::npos) {
+            return true;
+        }
+        std::this_thread::sleep_for(20ms);
+    }
+    return false;
+}
+
+// SIGTERM while the scan thread scans: the daemon ends at once and cleanly, and the files
+// it leaves let the next daemon start and hand its report over.
+TEST_F(DaemonExecutable, SigtermDuringAScanEndsItAndTheNextStartFindsConsistentFiles) {
+    const testing::ChildResult result = testing::runWithTovInNamespace(
+        [](int program) {
+            testing::writeFile(kPolicyPath, R"({"EventDrivenScan": true})");
+            const pid_t first = ::fork();
+            if (first == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+            if (first < 0) return 13;
+            if (!waitForLogLine("Force full scan, FullScanIntervalHours...", 60s)) return 14;
+            ::kill(first, SIGTERM);
+            if (waitForExit(first, 60s) != 0) return 15;
+            if (!waitForLogLine("TOV finished.", 5s)) return 16;
+            std::filesystem::remove(kLogPath);
+            const pid_t second = ::fork();
+            if (second == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+            if (second < 0) return 17;
+            const auto deadline = std::chrono::steady_clock::now() + 60s;
+            while (!outboxHoldsAnArchive() && std::chrono::steady_clock::now() < deadline) {
+                std::this_thread::sleep_for(100ms);
+            }
+            const bool handedOver = outboxHoldsAnArchive();
+            ::kill(second, SIGTERM);
+            const int exitCode = waitForExit(second, 60s);
+            std::printf("%s", testing::readFile(kLogPath).c_str());
+            if (!handedOver) return 18;
+            return exitCode == 0 ? 0 : 19;
+        },
+        kFolders);
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
 // Without a policy the daemon scans nothing, keeps running and still ends on SIGTERM.
 TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
     const testing::ChildResult result = testing::runWithTovInNamespace(
