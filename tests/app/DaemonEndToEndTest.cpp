@@ -16,6 +16,7 @@
 #include "app/QVApplicationDelegate.h"
 #include "common/Paths.h"
 #include "common/QVSPolicy.h"
+#include "model/QVIOKitKeyboard.h"
 #include "platform/RunLoop.h"
 #include "report/FakeDiscoverers.h"
 #include "report/QVSReport.h"
@@ -204,10 +205,16 @@ TEST_F(DaemonEndToEndTest, ScansInTheSchedulersOrderFollowsThePolicyAndEndsOnSig
     ASSERT_EQ(afterUser.size(), afterPolicy.size() + 1);
     EXPECT_EQ(afterUser.back(), "delta");
 
-    // Two hours later the interval delta scan runs.
+    // The outbox is deleted while the daemon runs and a second keyboard is plugged in: two
+    // hours later the interval delta scan makes the outbox again and hands its report over.
+    std::filesystem::remove_all(outbox());
+    const auto keyboard = QVIOKitKeyboard::ioKitKeyboard();
+    keyboard->setName("USB Keyboard");
+    factory->section("iokit").get("keyboards").array()->push_back(Value(keyboard));
     advanceClock(7200);
     ASSERT_TRUE(gate_.step());
     EXPECT_TRUE(waitForLog("Interval delta scan..."));
+    EXPECT_EQ(handedOverScanTypes(), std::vector<std::string> {"delta"});
 
     // SIGTERM: settings persisted, shut-down logged, the loop returns.
     kill(getpid(), SIGTERM);
