@@ -47,7 +47,9 @@ void QemuMachine::waitForPath(const std::string& pattern) { waitPatterns_.push_b
 std::vector<std::string> QemuMachine::commandLine(const QemuGuestImage& image) const {
     // The init reads tov_host and tov_wait from its environment (the kernel hands on
     // parameters it does not know); panic=-1 with -no-reboot ends QEMU on a kernel panic.
-    std::string kernelParameters = "console=ttyS0 quiet panic=-1 tov_host=" + name_;
+    // no_timer_check: on a busy host the emulated timer can miss the kernel's early check
+    // of the IO-APIC timer, which then panics.
+    std::string kernelParameters = "console=ttyS0 quiet panic=-1 no_timer_check tov_host=" + name_;
     if (!waitPatterns_.empty()) kernelParameters += " tov_wait=" + joined(waitPatterns_, ',');
     std::vector<std::string> line{image.qemu,
                                   "-accel", "tcg",
