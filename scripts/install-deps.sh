@@ -11,7 +11,7 @@ debian_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   zip unzip util-linux iproute2 hostname
-  strace
+  strace dbus-daemon procps
   libnl-genl-3-dev
   qemu-system-x86 linux-image-amd64 busybox-static kmod cpio
   edid-decode dmidecode

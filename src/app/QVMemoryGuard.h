@@ -16,12 +16,18 @@ public:
     static constexpr std::int64_t kMaximumMemoryThreshold = 0x40000000;  // 1 GiB
     // Resident bytes of this process.
     using Measure = std::function<double()>;
+    // Waits the given number of seconds.
+    using Sleep = std::function<void(double seconds)>;
 
+    // The measure defaults to QVAppDaemonUtil::memoryConsumptionOfCurrentProcess, the sleep
+    // to a plain sleep of the calling thread.
     QVMemoryGuard();
     explicit QVMemoryGuard(Measure measure);
+    QVMemoryGuard(Measure measure, Sleep sleep);
 
     void setMemoryThreshold(std::int64_t threshold);
     std::int64_t memoryThreshold() const;
+    // Set once before the run loop starts, read later by the scheduler's thread.
     void setExecutablePath(const std::string& path);
     const std::string& executablePath() const;
 
@@ -31,6 +37,7 @@ public:
 
 private:
     Measure measure_;
+    Sleep sleep_;
     std::atomic<std::int64_t> memoryThreshold_ {kDefaultMemoryThreshold};
     std::string executablePath_;
 };

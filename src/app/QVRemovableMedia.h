@@ -30,6 +30,10 @@ public:
 
     QVRemovableMedia(PendingMediaFlags& flags, VolumeInfo volumeInfo, MountPaths mountPaths,
                      WatcherFactory watcherFactory);
+    // Stops the watcher first, so no event arrives while the registry goes away.
+    ~QVRemovableMedia();
+    QVRemovableMedia(const QVRemovableMedia&) = delete;
+    QVRemovableMedia& operator=(const QVRemovableMedia&) = delete;
 
     void collectAllUSBPath();
     void setupUsbArrivalDepartureNotificationSystem();
@@ -44,6 +48,12 @@ public:
 
 private:
     void handle(const VolumeEvent& event);
+    bool isUsbVolume(const std::string& mountPath) const;
+    // Judges the event and enters or removes its path; true when the registry changed.
+    bool registerVolumeEvent(const VolumeEvent& event);
+    void enterMountPath(const std::string& mountPath);
+    bool removeMountPath(const std::string& mountPath);
+    std::unique_ptr<VolumeWatcher> takeWatcher();
 
     PendingMediaFlags& flags_;
     VolumeInfo volumeInfo_;

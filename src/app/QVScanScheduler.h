@@ -12,6 +12,7 @@
 #include <mutex>
 
 #include "app/PendingMediaFlags.h"
+#include "model/Value.h"
 
 namespace tov {
 
@@ -63,6 +64,17 @@ public:
     double nextDeltaScanTime() const;
 
 private:
+    // Steps after the memory guard, all under the lock.
+    void decideOnScan();
+    // The forced full scans of a changed policy or an elapsed full-scan interval.
+    bool performForcedScanIfDue();
+    void performStartupScan();
+    void performIntervalDeltaScan();
+    // The cheap checks of this tick, reported together as one delta report.
+    void performEventChecks();
+    bool fullScanIntervalElapsed() const;
+    void addEntries(Dictionary& collected, const DictionaryRef& changes, const char* detectedLine);
+
     double now() const;
     double referenceDateNow() const;
 

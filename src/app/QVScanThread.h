@@ -18,7 +18,11 @@ class QVScanThread {
 public:
     static constexpr std::chrono::seconds kTick {5};
 
+    // What waits between two steps in place of the 5-second sleep (tests inject one).
+    using TickSleep = std::function<void()>;
+
     explicit QVScanThread(QVScanScheduler& scheduler);
+    QVScanThread(QVScanScheduler& scheduler, TickSleep tickSleep);
     // Cancels and waits for the thread to end.
     ~QVScanThread();
     QVScanThread(const QVScanThread&) = delete;
@@ -38,6 +42,7 @@ private:
     void sleepOneTick();
 
     QVScanScheduler& scheduler_;
+    TickSleep tickSleep_;
     mutable std::mutex lock_;
     std::condition_variable wake_;
     bool cancelled_ = false;

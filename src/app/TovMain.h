@@ -2,11 +2,12 @@
 
 #include <cstdint>
 
+#include "app/QVMemoryGuard.h"
 #include "app/QVSAppArgument.h"
 
 namespace tov {
 
-constexpr std::int64_t kDefaultMemoryThreshold = 0x6400000;  // 100 MiB
+constexpr std::int64_t kDefaultMemoryThreshold = QVMemoryGuard::kDefaultMemoryThreshold;
 
 // The whole entry sequence of the executable; answers the process's exit code.
 int runTov(int argc, char** argv);

@@ -135,20 +135,25 @@ std::string readToEnd(int descriptor) {
     }
 }
 
-// Spawn attributes that put the child at the head of a new process group, so that the
-// group can be ended as a whole.
-class OwnProcessGroup {
+// Spawn attributes of every child: an empty signal mask (the daemon blocks SIGTERM in all
+// its threads, and a tool must still end on it), and, on request, the head of a new
+// process group, so that the group can be ended as a whole.
+class ChildAttributes {
 public:
-    OwnProcessGroup() {
+    explicit ChildAttributes(bool ownProcessGroup) {
         initialised_ = posix_spawnattr_init(&attributes_) == 0;
-        ready_ = initialised_ && posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP) == 0 &&
-                 posix_spawnattr_setpgroup(&attributes_, 0) == 0;
+        sigset_t none;
+        sigemptyset(&none);
+        short flags = POSIX_SPAWN_SETSIGMASK;
+        if (ownProcessGroup) flags |= POSIX_SPAWN_SETPGROUP;
+        ready_ = initialised_ && posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
+                 posix_spawnattr_setflags(&attributes_, flags) == 0 && posix_spawnattr_setpgroup(&attributes_, 0) == 0;
     }
-    ~OwnProcessGroup() {
+    ~ChildAttributes() {
         if (initialised_) posix_spawnattr_destroy(&attributes_);
     }
-    OwnProcessGroup(const OwnProcessGroup&) = delete;
-    OwnProcessGroup& operator=(const OwnProcessGroup&) = delete;
+    ChildAttributes(const ChildAttributes&) = delete;
+    ChildAttributes& operator=(const ChildAttributes&) = delete;
 
     bool ready() const { return ready_; }
     const posix_spawnattr_t* get() const { return &attributes_; }
@@ -160,14 +165,14 @@ private:
 };
 
 std::optional<pid_t> spawn(const std::string& path, const std::vector<std::string>& arguments,
-                           const ChildFileActions& actions, const posix_spawnattr_t* attributes = nullptr) {
+                           const ChildFileActions& actions, const ChildAttributes& attributes) {
     std::vector<char*> argumentVector;
     argumentVector.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) argumentVector.push_back(const_cast<char*>(argument.c_str()));
     argumentVector.push_back(nullptr);
     pid_t child = -1;
     const int result =
-        posix_spawn(&child, path.c_str(), actions.get(), attributes, argumentVector.data(), environ);
+        posix_spawn(&child, path.c_str(), actions.get(), attributes.get(), argumentVector.data(), environ);
     if (result != 0) {
         errno = result;
         return std::nullopt;
@@ -183,8 +188,9 @@ std::optional<std::string> captureOutput(const std::string& path, const std::vec
     std::optional<pid_t> child;
     {
         ChildFileActions actions(pipe.writeEnd);
-        if (!actions.ready()) return std::nullopt;
-        child = spawn(path, arguments, actions);
+        ChildAttributes attributes(false);
+        if (!actions.ready() || !attributes.ready()) return std::nullopt;
+        child = spawn(path, arguments, actions, attributes);
     }
     pipe.closeWriteEnd();
     if (!child) return std::nullopt;
@@ -224,9 +230,9 @@ std::optional<std::string> captureOutputWithinLimits(const std::string& path, co
     std::optional<pid_t> child;
     {
         ChildFileActions actions(pipe.writeEnd);
-        OwnProcessGroup group;
+        ChildAttributes group(true);
         if (!actions.ready() || !group.ready()) return std::nullopt;
-        child = spawn(path, arguments, actions, group.get());
+        child = spawn(path, arguments, actions, group);
     }
     pipe.closeWriteEnd();
     if (!child) return std::nullopt;

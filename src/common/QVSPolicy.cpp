@@ -15,6 +15,7 @@
 #include "common/QVSFileUtils.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "common/QVSSettings.h"
 #include "common/TextUtils.h"
 #include "common/TopLevelJsonKeys.h"
 #include "common/ZipMemberReader.h"
@@ -119,6 +120,9 @@ void copyPolicyKeys(const Dictionary& policy, Dictionary& dictionary) {
     }
 }
 
+// A hash that was never stored is shown the way the log shows a missing value.
+std::string shownHash(const std::optional<std::string>& hash) { return hash ? *hash : "(null)"; }
+
 std::string describeRootType(JsonRootKind root) {
     if (root == JsonRootKind::Array) return "the policy is a JSON array, not an object";
     return "the policy is a single JSON value, not an object";
@@ -129,6 +133,21 @@ std::string describeRootType(JsonRootKind root) {
 QVSPolicy& QVSPolicy::sharedPolicy() {
     static QVSPolicy policy;
     return policy;
+}
+
+void QVSPolicy::lazyInitializeFileSystemEventStream(RunLoop& loop) {
+    std::lock_guard<std::mutex> guard(streamLock_);
+    if (fileSystemEventStream_) return;
+    fileSystemEventStream_ =
+        FileWatcher::create(loop, Paths::policyFile(), kFileEventLatency, [this] { policyObserveCallback(); });
+}
+
+void QVSPolicy::releaseFileSystemEventStream() {
+    std::unique_ptr<FileWatcher> stream;
+    {
+        std::lock_guard<std::mutex> guard(streamLock_);
+        stream = std::move(fileSystemEventStream_);
+    }
 }
 
 void QVSPolicy::populateDictionary(Dictionary& dictionary, const std::string& path) {
@@ -172,6 +191,39 @@ bool QVSPolicy::isPolicyFileExist() const {
 std::string QVSPolicy::md5() const {
     if (!isPolicyFileExist()) return "";
     return QVSMD5Utils::md5OfFile(Paths::policyFile());
+}
+
+void QVSPolicy::setDelegate(QVSPolicyDelegate* delegate) { delegate_.store(delegate); }
+
+QVSPolicyDelegate* QVSPolicy::delegate() const { return delegate_.load(); }
+
+void QVSPolicy::policyObserveCallback() {
+    const std::string newHash = md5();
+    if (newHash.empty()) {
+        QVSLogger::debug("POC: Invalid Policy.");
+        return;
+    }
+    const std::optional<std::string> oldHash = QVSSettings::defaultSettings().previousPolicyHash();
+    if (oldHash && !oldHash->empty() && *oldHash == newHash) {
+        QVSLogger::debug("POC: Policy file is not changed.");
+        return;
+    }
+    applyChangedPolicy(shownHash(oldHash), newHash);
+}
+
+// A new policy starts from nothing: the persisted state (report hash, full-scan time,
+// addresses) goes, so the next scan counts as a first one.
+void QVSPolicy::applyChangedPolicy(const std::string& oldHash, const std::string& newHash) {
+    QVSLogger::debug("POC: Policy hash is changed from [%s] to [%s].", oldHash.c_str(), newHash.c_str());
+    QVSLogger::information("POC: Start apply the new policy...");
+    QVSLogger::information("POC: Remove old settings...");
+    QVSSettings& settings = QVSSettings::defaultSettings();
+    settings.removeSettingsFile();
+    settings.setPreviousPolicyHash(newHash);
+    settings.synchronize();
+    QVSLogger::debug("POC: Set new policy hash to [%s] in settings.", shownHash(settings.previousPolicyHash()).c_str());
+    if (QVSPolicyDelegate* observer = delegate()) observer->didPolicyChanged(*this);
+    QVSLogger::information(" POC:Applied new policy.");
 }
 
 }  // namespace tov

@@ -8,7 +8,10 @@
 #include "discovery/QVHWInventoryDiscoverer.h"
 #include "discovery/QVIPInfoDiscoverer.h"
 #include "discovery/QVIOKitUsbHardwareVendorList.h"
+#include "discovery/SystemFacts.h"
+#include "discovery/linux/LinuxConsoleUser.h"
 #include "discovery/linux/LinuxCoreFoundationDiscoverer.h"
+#include "discovery/linux/LinuxMountedVolume.h"
 #include "discovery/linux/LinuxDeviceDiscoverer.h"
 #include "discovery/linux/LinuxOperatingSystemDiscoverer.h"
 #include "discovery/linux/LinuxSoundDiscoverer.h"
@@ -101,5 +104,24 @@ std::string QVDiscovererFactory::localIP() { return QVIPInfoDiscoverer::localIP(
 std::string QVDiscovererFactory::publicIP() { return QVIPInfoDiscoverer::publicIP(*source_, options_.publicIpUrl); }
 
 void QVDiscovererFactory::releaseVendorList() { QVIOKitUsbHardwareVendorList::releaseVendorList(); }
+
+QVDiscovererFactory::ConsoleUser QVDiscovererFactory::currentHumanUsername() {
+    ConsoleUser user;
+    if (!readsLinux()) return user;
+    const DictionaryRef seat = source_->fact(facts::kConsoleUser, kConsoleSeat).dictionary();
+    user.machineHasConsole = seat && seat->get("seat").toBool();
+    user.name = linuxConsoleUser(*source_);
+    return user;
+}
+
+std::vector<std::string> QVDiscovererFactory::volumeMountPaths() {
+    if (!readsLinux()) return {};
+    return LinuxMountedVolume::blockDeviceMountPaths(*source_);
+}
+
+DictionaryRef QVDiscovererFactory::volumeInfoForMountPath(const std::string& mountPath) {
+    if (!readsLinux()) return nullptr;
+    return LinuxMountedVolume::infoForMountPath(*source_, mountPath);
+}
 
 }  // namespace tov

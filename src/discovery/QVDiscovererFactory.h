@@ -56,6 +56,19 @@ public:
     // The local IPv4 address and the public one; "" when there is none.
     virtual std::string localIP();
     virtual std::string publicIP();
+    // The user logged in at the machine's console. A Linux machine without seat0 (a server,
+    // a virtual machine) has no console at all.
+    struct ConsoleUser {
+        bool machineHasConsole = true;
+        // "" when nobody is logged in at the console.
+        std::string name;
+    };
+    virtual ConsoleUser currentHumanUsername();
+    // The mount paths of the volumes mounted now, and the disk information of the volume at
+    // a mount path ("BusProtocol" among its keys; null when there is none): what the
+    // removable-media events ask.
+    virtual std::vector<std::string> volumeMountPaths();
+    virtual DictionaryRef volumeInfoForMountPath(const std::string& mountPath);
     // Gives back the memory of the USB vendor name table after a full scan.
     virtual void releaseVendorList();
 

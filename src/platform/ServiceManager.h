@@ -33,4 +33,7 @@ public:
     virtual std::string unload(const std::string& jobFilePath) = 0;
 };
 
+// The platform's own manager (launchd or systemd), made once; each platform folder defines it.
+ServiceManager& platformServiceManager();
+
 }  // namespace tov

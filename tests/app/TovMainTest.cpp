@@ -11,8 +11,10 @@
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "platform/ServiceManager.h"
 #include "report/QVSReport.h"
 #include "support/ChildProcess.h"
+#include "support/FakeServiceManager.h"
 #include "support/TestFolder.h"
 
 namespace tov {
@@ -32,12 +34,16 @@ protected:
     void SetUp() override {
         if (::geteuid() != 0) GTEST_SKIP() << "the entry sequence refuses to run without root";
         folder.makeFolder("tmp");
+        std::filesystem::create_directories(jobFile().substr(0, jobFile().rfind('/')));
+        // The installation modes never reach the machine's own service manager.
+        serviceManager.loadOutput = "loaded by the test";
     }
 
     ChildResult run(std::vector<std::string> arguments, const std::function<void()>& after = {}) {
         return runInChild([&] {
             Paths::setRootForTesting(folder.path());
             QVSReport::resetForTesting();  // the manager this process may have made under another root
+            ServiceManager::setForTesting(&serviceManager);
             std::vector<char*> argv{const_cast<char*>("tov")};
             for (std::string& argument : arguments) argv.push_back(argument.data());
             const int code = runTov(static_cast<int>(argv.size()), argv.data());
@@ -49,8 +55,10 @@ protected:
     std::string outbox() const { return folder.path() + "/opt/Quorvel/KELD/Components/TOV/outbox"; }
     std::string policyPath() const { return folder.path() + "/opt/Quorvel/KELD/Components/TOV/policy.json"; }
     std::string logText() const { return readFile(folder.path() + "/opt/Quorvel/KELD/logs/tov.log"); }
+    std::string jobFile() const { return folder.path() + "/etc/systemd/system/com.quorvel.keldservice.tov.service"; }
 
     TestFolder folder;
+    testing::FakeServiceManager serviceManager;
 };
 
 TEST_F(TovMainTest, EnvironmentWithoutPolicyPrintsTwoLines) {
@@ -72,14 +80,35 @@ TEST_F(TovMainTest, EnvironmentWinsOverInstallation) {
     const ChildResult result = run({"-i", "-e"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.output, "Version:1.0.0.402\nOutbox:" + outbox() + "\n");
-    EXPECT_EQ(logText().find("installation"), std::string::npos);
+    EXPECT_EQ(logText().find("daemon"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(jobFile()));
 }
 
-TEST_F(TovMainTest, ModesNotBuiltYetSayNotAvailableAndExitOne) {
-    EXPECT_EQ(run({"-i"}).exitCode, 1);
-    EXPECT_NE(logText().find("      ERROR - The installation mode is not available yet"), std::string::npos);
-    EXPECT_EQ(run({"U"}).exitCode, 1);
-    EXPECT_NE(logText().find("The uninstallation mode is not available yet"), std::string::npos);
+TEST_F(TovMainTest, InstallationWritesAndLoadsTheJobAndExitsZero) {
+    const ChildResult result = run({"-i"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(readFile(jobFile()), serviceManager.jobFileText("com.quorvel.keldservice.tov",
+                                                              outbox().substr(0, outbox().rfind('/')) + "/tov", 60,
+                                                              true));
+    EXPECT_NE(logText().find("    WARNING - Loading the daemon results: [loaded by the test]."), std::string::npos)
+        << logText();
+}
+
+TEST_F(TovMainTest, AFailedInstallationIsLoggedAndStillExitsZero) {
+    std::filesystem::remove(jobFile().substr(0, jobFile().rfind('/')));
+    EXPECT_EQ(run({"I"}).exitCode, 0);
+    EXPECT_NE(logText().find("      ERROR - Filed to write Daemon config file.  Maybe not running as root?"),
+              std::string::npos)
+        << logText();
+}
+
+TEST_F(TovMainTest, UninstallationRemovesTheJobFileAndExitsZero) {
+    writeFile(jobFile(), "job");
+    const ChildResult result = run({"U"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_FALSE(std::filesystem::exists(jobFile()));
 }
 
 TEST_F(TovMainTest, ForcedFullScanSaysSoStoresTheInventoryAndHoldsTheFirstReportBack) {
@@ -104,10 +133,13 @@ TEST_F(TovMainTest, SecondForcedFullScanHandsOverAFullReport) {
               R"(X-NG-metadata: {"scanType":"full","Component":"TOV","Version":"1.0.0.402"})");
 }
 
+// The normal run first waits for other instances: this test program's name holds "tov",
+// so the wait finds one all 19 times and the run ends quietly, printing nothing.
 TEST_F(TovMainTest, UnknownLongSwitchesAreTheNormalRunNotTheEnvironment) {
     const ChildResult result = run({"--e"});
+    EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.output, "");
-    EXPECT_NE(logText().find("The daemon mode is not available yet"), std::string::npos);
+    EXPECT_EQ(logText().find("TOV started."), std::string::npos);
 }
 
 TEST_F(TovMainTest, LoggerIsSetUpWithTheChosenLevel) {

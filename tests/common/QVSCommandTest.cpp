@@ -1,6 +1,7 @@
 #include "common/QVSCommand.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,6 +14,26 @@
 
 namespace tov {
 namespace {
+
+// The daemon blocks SIGTERM in all its threads; the tools it runs must still end on it.
+// The check runs in a thread of its own so the test's mask stays as it was.
+TEST(QVSCommandRun, ChildrenStartWithNoSignalBlocked) {
+    std::string withRun;
+    std::string withLimits;
+    std::thread caller([&] {
+        sigset_t terminate;
+        sigemptyset(&terminate);
+        sigaddset(&terminate, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &terminate, nullptr);
+        withRun = QVSCommand::runProgram("/bin/grep", {"SigBlk", "/proc/self/status"}).value_or("");
+        withLimits = QVSCommand::runProgramWithLimits("/bin/grep", {"SigBlk", "/proc/self/status"},
+                                                      std::chrono::seconds(30), 4096)
+                         .value_or("");
+    });
+    caller.join();
+    EXPECT_EQ(withRun, "SigBlk:\t0000000000000000\n");
+    EXPECT_EQ(withLimits, "SigBlk:\t0000000000000000\n");
+}
 
 TEST(QVSCommandRun, JoinsArgumentsWithSingleBlanks) {
     EXPECT_EQ(QVSCommand::run("echo", {"a", "b c"}), "a b c\n");

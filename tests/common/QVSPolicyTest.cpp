@@ -6,11 +6,17 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "common/Paths.h"
 #include "common/QVSLogger.h"
 #include "common/QVSMD5Utils.h"
+#include "common/QVSPolicyDelegate.h"
+#include "common/QVSSettings.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
@@ -260,6 +266,198 @@ TEST_F(QVSPolicyTest, AZippedPolicyOfExactlyOneHundredMebibytesIsRead) {
         writeZip(Paths::policyFile(), "policy.json", text);
     }
     EXPECT_TRUE(policy.scanAfterRestart());
+}
+
+// Remembers each call, and the policy hash the settings held when it came.
+class RecordedPolicyDelegate : public QVSPolicyDelegate {
+public:
+    void didPolicyChanged(QVSPolicy& changed) override {
+        ++calls;
+        policy = &changed;
+        storedHash = QVSSettings::defaultSettings().previousPolicyHash();
+    }
+
+    int calls = 0;
+    QVSPolicy* policy = nullptr;
+    std::optional<std::string> storedHash;
+};
+
+class QVSPolicyChangeTest : public QVSPolicyTest {
+protected:
+    void SetUp() override {
+        QVSPolicyTest::SetUp();
+        policy.setDelegate(&delegate);
+    }
+    void TearDown() override {
+        policy.setDelegate(nullptr);
+        QVSPolicyTest::TearDown();
+    }
+
+    // Settings as a previous run left them on disk.
+    void storeSettings(const std::string& policyHash) {
+        std::filesystem::create_directories(Paths::componentFolder());
+        QVSSettings& settings = QVSSettings::defaultSettings();
+        settings.setPreviousPolicyHash(policyHash);
+        settings.setPreviousReportHash("report-hash");
+        settings.setPreviousFullScanDatetime(1700000000);
+        settings.setLocalIP("192.0.2.7");
+        ASSERT_TRUE(settings.synchronize());
+    }
+
+    // The settings file as another process would read it.
+    static Dictionary settingsOnDisk() { return QVSSettings(Paths::settingsFile()).readSettings(); }
+
+    RecordedPolicyDelegate delegate;
+};
+
+TEST_F(QVSPolicyChangeTest, AChangedPolicyDiscardsTheSettingsStoresItsHashAndTellsTheDelegateOnce) {
+    storeSettings("0123456789abcdef0123456789abcdef");
+    const std::string text = R"({"EventDrivenScan": true})";
+    writePolicy(text);
+    const std::string hash = QVSMD5Utils::md5OfData(text);
+
+    policy.policyObserveCallback();
+
+    const Dictionary stored = settingsOnDisk();
+    EXPECT_EQ(stored.size(), 1U);
+    EXPECT_EQ(stored.get(QVSSettings::kPreviousPolicyHashKey), Value(hash));
+    QVSSettings& settings = QVSSettings::defaultSettings();
+    EXPECT_EQ(settings.previousPolicyHash(), hash);
+    EXPECT_EQ(settings.previousReportHash(), std::nullopt);
+    EXPECT_EQ(settings.previousFullScanDatetime(), 0.0);
+    EXPECT_EQ(settings.localIP(), std::nullopt);
+
+    EXPECT_EQ(delegate.calls, 1);
+    EXPECT_EQ(delegate.policy, &policy);
+    EXPECT_EQ(delegate.storedHash, hash);
+
+    const std::string written = log();
+    const std::vector<std::string> lines = {
+        "POC: Policy hash is changed from [0123456789abcdef0123456789abcdef] to [" + hash + "].",
+        "POC: Start apply the new policy...",
+        "POC: Remove old settings...",
+        "POC: Set new policy hash to [" + hash + "] in settings.",
+        " POC:Applied new policy.",
+    };
+    std::size_t position = 0;
+    for (const std::string& line : lines) {
+        const std::size_t found = written.find(line, position);
+        ASSERT_NE(found, std::string::npos) << line << "\n" << written;
+        position = found + line.size();
+    }
+}
+
+TEST_F(QVSPolicyChangeTest, RewritingThePolicyWithTheSameBytesChangesNothing) {
+    const std::string text = R"({"FullScanIntervalHours": 48})";
+    writePolicy(text);
+    policy.policyObserveCallback();
+    ASSERT_EQ(delegate.calls, 1);
+    QVSSettings::defaultSettings().setPreviousReportHash("report-hash");
+    ASSERT_TRUE(QVSSettings::defaultSettings().synchronize());
+    const std::string settingsBytes = readFile(Paths::settingsFile());
+
+    writePolicy(text);
+    policy.policyObserveCallback();
+
+    EXPECT_TRUE(logHas("POC: Policy file is not changed."));
+    EXPECT_EQ(delegate.calls, 1);
+    EXPECT_EQ(readFile(Paths::settingsFile()), settingsBytes);
+    EXPECT_EQ(QVSSettings::defaultSettings().previousReportHash(), "report-hash");
+}
+
+TEST_F(QVSPolicyChangeTest, ADeletedPolicyIsInvalidAndChangesNothing) {
+    storeSettings("0123456789abcdef0123456789abcdef");
+    const std::string settingsBytes = readFile(Paths::settingsFile());
+
+    policy.policyObserveCallback();
+
+    EXPECT_TRUE(logHas("POC: Invalid Policy."));
+    EXPECT_FALSE(logHas("POC: Policy hash is changed"));
+    EXPECT_FALSE(logHas("POC: Start apply the new policy..."));
+    EXPECT_FALSE(logHas("POC:Applied new policy."));
+    EXPECT_EQ(delegate.calls, 0);
+    EXPECT_EQ(readFile(Paths::settingsFile()), settingsBytes);
+    EXPECT_EQ(QVSSettings::defaultSettings().previousReportHash(), "report-hash");
+}
+
+TEST_F(QVSPolicyChangeTest, AnEmptyPolicyObjectIsInvalid) {
+    storeSettings("0123456789abcdef0123456789abcdef");
+    const std::string settingsBytes = readFile(Paths::settingsFile());
+    writePolicy("{}");
+
+    policy.policyObserveCallback();
+
+    EXPECT_TRUE(logHas("POC: Invalid Policy."));
+    EXPECT_FALSE(logHas("POC: Policy hash is changed"));
+    EXPECT_EQ(delegate.calls, 0);
+    EXPECT_EQ(readFile(Paths::settingsFile()), settingsBytes);
+}
+
+TEST_F(QVSPolicyChangeTest, AnUnparseablePolicyIsInvalid) {
+    writePolicy(R"({"EventDrivenScan": tr)");
+    policy.policyObserveCallback();
+    EXPECT_TRUE(logHas("POC: Invalid Policy."));
+    EXPECT_EQ(delegate.calls, 0);
+    EXPECT_EQ(QVSSettings::defaultSettings().previousPolicyHash(), std::nullopt);
+}
+
+TEST_F(QVSPolicyChangeTest, TheFirstPolicyEverIsAChangeFromNoHash) {
+    const std::string text = R"({"ScanAfterRestart": true})";
+    writePolicy(text);
+    policy.policyObserveCallback();
+    EXPECT_TRUE(logHas("POC: Policy hash is changed from [(null)] to [" + QVSMD5Utils::md5OfData(text) + "]."));
+    EXPECT_EQ(delegate.calls, 1);
+    EXPECT_EQ(settingsOnDisk().get(QVSSettings::kPreviousPolicyHashKey), Value(QVSMD5Utils::md5OfData(text)));
+}
+
+TEST_F(QVSPolicyChangeTest, AnEmptyStoredHashIsAChange) {
+    QVSSettings::defaultSettings().setPreviousPolicyHash("");
+    writePolicy(R"({"ScanAfterRestart": true})");
+    policy.policyObserveCallback();
+    EXPECT_TRUE(logHas("POC: Policy hash is changed from [] to ["));
+    EXPECT_EQ(delegate.calls, 1);
+}
+
+TEST_F(QVSPolicyChangeTest, EachNewPolicyIsAppliedAgain) {
+    writePolicy(R"({"EventDrivenScan": true})");
+    policy.policyObserveCallback();
+    writePolicy(R"({"EventDrivenScan": false})");
+    policy.policyObserveCallback();
+    EXPECT_EQ(delegate.calls, 2);
+    EXPECT_EQ(QVSSettings::defaultSettings().previousPolicyHash(), QVSMD5Utils::md5OfData(R"({"EventDrivenScan": false})"));
+}
+
+TEST_F(QVSPolicyChangeTest, WithoutADelegateThePolicyIsStillApplied) {
+    policy.setDelegate(nullptr);
+    EXPECT_EQ(policy.delegate(), nullptr);
+    writePolicy(R"({"EventDrivenScan": true})");
+    policy.policyObserveCallback();
+    EXPECT_TRUE(logHas(" POC:Applied new policy."));
+    EXPECT_EQ(delegate.calls, 0);
+    EXPECT_EQ(settingsOnDisk().get(QVSSettings::kPreviousPolicyHashKey),
+              Value(QVSMD5Utils::md5OfData(R"({"EventDrivenScan": true})")));
+}
+
+TEST_F(QVSPolicyChangeTest, OnlyTheLatestDelegateIsTold) {
+    RecordedPolicyDelegate latest;
+    policy.setDelegate(&latest);
+    EXPECT_EQ(policy.delegate(), &latest);
+    writePolicy(R"({"EventDrivenScan": true})");
+    policy.policyObserveCallback();
+    EXPECT_EQ(latest.calls, 1);
+    EXPECT_EQ(delegate.calls, 0);
+}
+
+TEST_F(QVSPolicyChangeTest, TheDelegateMayBeSetWhileAnotherThreadReadsIt) {
+    RecordedPolicyDelegate other;
+    std::thread setter([&] {
+        for (int round = 0; round < 1000; ++round) policy.setDelegate(round % 2 ? &delegate : &other);
+    });
+    for (int round = 0; round < 1000; ++round) {
+        QVSPolicyDelegate* seen = policy.delegate();
+        EXPECT_TRUE(seen == &delegate || seen == &other);
+    }
+    setter.join();
 }
 
 }  // namespace

@@ -13,15 +13,29 @@ extern char** environ;
 
 namespace tov::testing {
 
-bool enterPrivateOptAndTmp() {
-    return ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           ::mount("tmpfs", "/opt", "tmpfs", 0, "mode=0755") == 0 &&
-           ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
+namespace {
+
+constexpr const char* kSystemdUnitFolder = "/etc/systemd/system";
+
+bool mountPrivateSystemdUnits(PrivateFolders folders) {
+    return folders != PrivateFolders::OptTmpAndSystemdUnits ||
+           ::mount("tmpfs", kSystemdUnitFolder, "tmpfs", 0, "mode=0755") == 0;
 }
 
-bool privateOptAndTmpAvailable() {
+}  // namespace
+
+bool enterPrivateOptAndTmp(PrivateFolders folders) {
+    return ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("tmpfs", "/opt", "tmpfs", 0, "mode=0755") == 0 &&
+           ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0 && mountPrivateSystemdUnits(folders);
+}
+
+bool privateOptAndTmpAvailable(PrivateFolders folders) {
     if (::geteuid() != 0 || !std::filesystem::is_directory("/opt")) return false;
-    return runInChild([] { return enterPrivateOptAndTmp() ? 0 : 1; }).exitCode == 0;
+    if (folders == PrivateFolders::OptTmpAndSystemdUnits && !std::filesystem::is_directory(kSystemdUnitFolder)) {
+        return false;
+    }
+    return runInChild([folders] { return enterPrivateOptAndTmp(folders) ? 0 : 1; }).exitCode == 0;
 }
 
 int executeOpenedProgram(int program, const std::vector<std::string>& arguments) {
@@ -51,11 +65,11 @@ int runOpenedProgramInto(int program, const std::vector<std::string>& arguments,
     return WEXITSTATUS(status);
 }
 
-ChildResult runWithTovInNamespace(const std::function<int(int program)>& body) {
-    return runInChild([&body] {
+ChildResult runWithTovInNamespace(const std::function<int(int program)>& body, PrivateFolders folders) {
+    return runInChild([&body, folders] {
         // Opened before the mounts: the build folder itself may lie below /tmp.
         const int program = ::open(TOV_EXECUTABLE, O_RDONLY | O_CLOEXEC);
-        if (program < 0 || !enterPrivateOptAndTmp()) return 126;
+        if (program < 0 || !enterPrivateOptAndTmp(folders)) return 126;
         return body(program);
     });
 }

@@ -11,10 +11,15 @@
 
 namespace tov::testing {
 
-// Inside a child: a mount namespace of its own with fresh /opt and /tmp.
-bool enterPrivateOptAndTmp();
-// Whether this machine allows it (root, /opt present, namespaces available).
-bool privateOptAndTmpAvailable();
+// The folders a namespace replaces with empty memory file systems: /opt and /tmp, and
+// for the installation modes also systemd's unit folder /etc/systemd/system, so that a
+// unit file can be written and removed without touching the machine's.
+enum class PrivateFolders { OptAndTmp, OptTmpAndSystemdUnits };
+
+// Inside a child: a mount namespace of its own with those folders fresh.
+bool enterPrivateOptAndTmp(PrivateFolders folders = PrivateFolders::OptAndTmp);
+// Whether this machine allows it (root, the folders present, namespaces available).
+bool privateOptAndTmpAvailable(PrivateFolders folders = PrivateFolders::OptAndTmp);
 
 // Replaces the child with the program opened at descriptor program.
 int executeOpenedProgram(int program, const std::vector<std::string>& arguments);
@@ -28,6 +33,7 @@ int runOpenedProgramInto(int program, const std::vector<std::string>& arguments,
 
 // Runs body in a child that has opened tov (descriptor given to body) and entered the
 // private namespace; 126 when that failed.
-ChildResult runWithTovInNamespace(const std::function<int(int program)>& body);
+ChildResult runWithTovInNamespace(const std::function<int(int program)>& body,
+                                  PrivateFolders folders = PrivateFolders::OptAndTmp);
 
 }  // namespace tov::testing

@@ -97,24 +97,29 @@ TEST_F(TovExecutable, TwoForcedScansLeaveOneArchiveAndOneHeaderInTheOutbox) {
 }
 
 // Anyone may write /tmp: a level an ordinary user plants there is ignored, root's own
-// trigger counts. "CRITICAL" would hide the error line of the refused installation.
+// trigger counts. "DEBUG" shows the uninstallation's debug line, which the default level hides.
 TEST_F(TovExecutable, OnlyRootsOwnDebugTriggerChoosesTheLogLevel) {
-    const auto refusalLogged = [](bool plantedByRoot) {
-        return testing::runWithTovInNamespace([plantedByRoot](int program) {
-                   const ChildResult planting = testing::runInChild([plantedByRoot] {
-                       if (!plantedByRoot && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) return 99;
-                       testing::writeFile("/tmp/debug_tov", "CRITICAL\n");
-                       return 0;
-                   });
-                   if (planting.exitCode != 0) return 2;
-                   if (runOpenedProgram(program, {"-i"}) != 1) return 3;
-                   const std::string log = testing::readFile(std::string(kLogsPath) + "/tov.log");
-                   return log.find("ERROR - The installation mode is not available yet") != std::string::npos ? 0 : 1;
-               })
+    if (!testing::privateOptAndTmpAvailable(testing::PrivateFolders::OptTmpAndSystemdUnits)) {
+        GTEST_SKIP() << "needs /etc/systemd/system to lay a private folder over";
+    }
+    const auto debugLineLogged = [](bool plantedByRoot) {
+        return testing::runWithTovInNamespace(
+                   [plantedByRoot](int program) {
+                       const ChildResult planting = testing::runInChild([plantedByRoot] {
+                           if (!plantedByRoot && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) return 99;
+                           testing::writeFile("/tmp/debug_tov", "DEBUG\n");
+                           return 0;
+                       });
+                       if (planting.exitCode != 0) return 2;
+                       if (runOpenedProgram(program, {"-u"}) != 0) return 3;
+                       const std::string log = testing::readFile(std::string(kLogsPath) + "/tov.log");
+                       return log.find("DEBUG - The daemon plist file at path [") != std::string::npos ? 0 : 1;
+                   },
+                   testing::PrivateFolders::OptTmpAndSystemdUnits)
             .exitCode;
     };
-    EXPECT_EQ(refusalLogged(false), 0);
-    EXPECT_EQ(refusalLogged(true), 1);
+    EXPECT_EQ(debugLineLogged(false), 1);
+    EXPECT_EQ(debugLineLogged(true), 0);
 }
 
 }  // namespace

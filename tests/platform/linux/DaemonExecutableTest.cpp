@@ -1,0 +1,121 @@
+// The built executable as the daemon, as systemd starts it, in a private mount namespace
+// whose /opt, /tmp and service folder are empty memory file systems.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "support/TestFolder.h"
+#include "support/TovInNamespace.h"
+
+namespace tov {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The unit the daemon writes on every tick stays in the namespace too.
+constexpr testing::PrivateFolders kFolders = testing::PrivateFolders::OptTmpAndSystemdUnits;
+constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
+constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
+constexpr const char* kSettingsPath = "/opt/Quorvel/KELD/Components/TOV/settings.bin";
+constexpr const char* kLogPath = "/opt/Quorvel/KELD/logs/tov.log";
+
+bool outboxHoldsAnArchive() {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(kOutboxPath, error)) {
+        if (entry.path().extension() == ".zip") return true;
+    }
+    return false;
+}
+
+// Waits up to limit for the child to end; its exit code, or -1 when it did not end in time
+// (it is then killed) or did not exit normally.
+int waitForExit(pid_t child, std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    int status = 0;
+    while (std::chrono::steady_clock::now() < deadline) {
+        const pid_t ended = ::waitpid(child, &status, WNOHANG);
+        if (ended == child) return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        std::this_thread::sleep_for(50ms);
+    }
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+    return -1;
+}
+
+class DaemonExecutable : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!testing::privateOptAndTmpAvailable(kFolders)) GTEST_SKIP() << "needs root, /opt and mount namespaces";
+    }
+};
+
+// After one earlier scan (a new installation's first report is kept back), the daemon's
+// start-up scan hands a report over at once; SIGTERM ends it with its settings written.
+TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly) {
+    const testing::ChildResult result = testing::runWithTovInNamespace(
+        [](int program) {
+        testing::writeFile(kPolicyPath, R"({"ScanAfterRestart": true, "EventDrivenScan": true})");
+        if (testing::runOpenedProgram(program, {"forcefullscan"}) != 0) return 11;
+        if (outboxHoldsAnArchive()) return 12;
+        std::filesystem::remove(kLogPath);
+        const pid_t daemon = ::fork();
+        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+        if (daemon < 0) return 13;
+        const auto deadline = std::chrono::steady_clock::now() + 15s;
+        while (!outboxHoldsAnArchive() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(100ms);
+        }
+        const bool handedOver = outboxHoldsAnArchive();
+        ::kill(daemon, SIGTERM);
+        const int exitCode = waitForExit(daemon, 60s);
+        const std::string log = testing::readFile(kLogPath);
+        std::printf("%s", log.c_str());
+        if (!handedOver) return 14;
+        if (exitCode != 0) return 15;
+        if (log.find("TOV started.") == std::string::npos) return 16;
+        if (log.find("TOV finished.") == std::string::npos) return 17;
+        if (!std::filesystem::is_regular_file(kSettingsPath)) return 18;
+        return 0;
+        },
+        kFolders);
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
+// Without a policy the daemon scans nothing, keeps running and still ends on SIGTERM.
+TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
+    const testing::ChildResult result = testing::runWithTovInNamespace(
+        [](int program) {
+        const pid_t daemon = ::fork();
+        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+        if (daemon < 0) return 13;
+        const auto deadline = std::chrono::steady_clock::now() + 60s;
+        std::string log;
+        while (log.find("The policy file does not exit.") == std::string::npos &&
+               std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(100ms);
+            std::error_code error;
+            if (std::filesystem::exists(kLogPath, error)) log = testing::readFile(kLogPath);
+        }
+        ::kill(daemon, SIGTERM);
+        const int exitCode = waitForExit(daemon, 60s);
+        log = testing::readFile(kLogPath);
+        std::printf("%s", log.c_str());
+        if (log.find("The policy file does not exit.") == std::string::npos) return 14;
+        if (exitCode != 0) return 15;
+        if (log.find("TOV finished.") == std::string::npos) return 17;
+        if (outboxHoldsAnArchive()) return 19;
+        return 0;
+        },
+        kFolders);
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
+}  // namespace
+}  // namespace tov
