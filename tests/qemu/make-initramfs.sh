@@ -35,7 +35,7 @@ modules=(
     snd_hda_codec_generic snd_hda_intel
 )
 
-for tool in busybox ldd modprobe gzip; do
+for tool in busybox ldd ldconfig modprobe gzip; do
     command -v "$tool" >/dev/null || { echo "$0: $tool is missing" >&2; exit 1; }
 done
 [ -x "$tov" ] || { echo "$0: $tov is no executable" >&2; exit 1; }
@@ -62,9 +62,23 @@ if command -v strip >/dev/null; then
 else
     cp "$tov" "$root/usr/bin/tov"
 fi
-ldd "$tov" | grep -o '/[^ ]*' | sort -u | while read -r library; do
+copy_libraries_of() {
+    ldd "$1" | grep -o '/[^ ]*' | sort -u | while read -r library; do
+        mkdir -p "$root$(dirname "$library")"
+        cp -L "$library" "$root$library"
+    done
+}
+copy_libraries_of "$tov"
+
+# Libraries tov opens only when it needs them, with theirs: libzip makes the daemon's
+# report archives. (libcurl, for the public address, stays out: the guests have no network.)
+run_time_libraries=(libzip.so.4)
+for soname in "${run_time_libraries[@]}"; do
+    library=$(ldconfig -p | awk -v name="$soname" '$1 == name && /x86-64/ && !found { print $NF; found = 1 }')
+    [ -n "$library" ] || { echo "$0: $soname is not installed" >&2; exit 1; }
     mkdir -p "$root$(dirname "$library")"
     cp -L "$library" "$root$library"
+    copy_libraries_of "$library"
 done
 
 cp -L /usr/share/misc/pci.ids /usr/share/misc/usb.ids "$root/usr/share/misc/"
