@@ -122,6 +122,16 @@ constexpr const char* kMountedReport = "STICK MOUNTED";
 constexpr const char* kPulledOutReport = "STICK PULLED OUT";
 
 testing::UsbStick usbStick() { return {kLabel, kSerial, kBytes, kMountPath}; }
+
+// The daemon in the same machine: the reports it hands over after the stick's mount and
+// unmount, as the guest collected them from the outbox, and its log. The daemon ticks
+// every 5 real seconds: about 50 s in all; the limit only bounds a failure.
+constexpr const char* kDaemonName = "usb-stick-daemon";
+constexpr const char* kDaemonScenario = "usb-stick-daemon";
+constexpr std::chrono::seconds kDaemonLimit{300};
+constexpr const char* kMountedDelta = "STICK MOUNTED DELTA";
+constexpr const char* kUnmountedDelta = "STICK UNMOUNTED DELTA";
+constexpr const char* kDaemonLog = "DAEMON LOG";
 }  // namespace stick
 
 std::string upperCase(std::string text) {
@@ -585,6 +595,63 @@ TEST_F(QemuMachines, UsbStickHotPlug) {
         EXPECT_EQ((*report)["operatingSystems"]["username"], kUser);
         EXPECT_EQ((*report)["diskutil"]["disks"], json::array());
         EXPECT_EQ((*report)["iokit"]["disks"], json::array());
+    }
+    printConsoleOnFailure(guest.machine());
+}
+
+// The JSON document the guest printed between the marker lines of title; fails the test
+// when there is none.
+std::optional<json> documentIn(const QemuMachine& machine, const std::string& title) {
+    const std::optional<std::string> text = machine.section(title);
+    if (!text) {
+        ADD_FAILURE() << machine.name() << " printed no " << title;
+        return std::nullopt;
+    }
+    json document = json::parse(*text, nullptr, false);
+    if (document.is_discarded()) {
+        ADD_FAILURE() << machine.name() << " printed no JSON document " << title;
+        return std::nullopt;
+    }
+    return document;
+}
+
+// The stick's records under one member of a delta report: its volume in "diskutil" and
+// its disk in "iokit", and nothing else.
+void expectStickUnder(const json& delta, const std::string& member) {
+    using namespace stick;
+    ASSERT_TRUE(delta.contains(member)) << delta.dump(2);
+    const json& tree = delta[member];
+    EXPECT_EQ(tree.size(), 2u) << tree.dump(2);
+    expectStickVolume(tree, member == "added");
+    EXPECT_EQ(tree["iokit"], json({{"disks", json::array({iokitDisk("QEMU HARDDISK", kSerial, true)})}}));
+}
+
+// The daemon, with a user at the console and event-driven scanning on, sees the stick's
+// mount as a USB volume event and hands over a delta report whose "added" holds the
+// stick; after the stick is pulled out and unmounted, one whose "removed" holds it.
+TEST_F(QemuMachines, UsbStickDaemon) {
+    using namespace stick;
+    testing::UsbStickMachine guest(kDaemonName, runFolder(), kDaemonScenario, usbStick(), {kUser, kUid});
+    std::string failure;
+    ASSERT_TRUE(guest.prepare(failure)) << failure;
+
+    EXPECT_EQ(guest.run(guestImage(), kDaemonLimit), "");
+
+    const std::string log = guest.machine().section(kDaemonLog).value_or("");
+    const std::string validEvent = std::string("VolumeEvent is valid. VolumePath: [") + kMountPath + "]";
+    EXPECT_NE(log.find("One or more devices were mounted.  Will re-scan shortly..."), std::string::npos) << log;
+    EXPECT_NE(log.find("One or more devices were unmounted.  Will re-scan shortly..."), std::string::npos) << log;
+    EXPECT_NE(log.find(validEvent), log.rfind(validEvent)) << "one valid event for the mount and one for the unmount";
+    EXPECT_NE(log.find("USB disk changes detected."), std::string::npos);
+    if (std::optional<json> delta = documentIn(guest.machine(), kMountedDelta)) {
+        EXPECT_FALSE(delta->contains("removed")) << delta->dump(2);
+        EXPECT_FALSE(delta->contains("changed")) << delta->dump(2);
+        expectStickUnder(*delta, "added");
+    }
+    if (std::optional<json> delta = documentIn(guest.machine(), kUnmountedDelta)) {
+        EXPECT_FALSE(delta->contains("added")) << delta->dump(2);
+        EXPECT_FALSE(delta->contains("changed")) << delta->dump(2);
+        expectStickUnder(*delta, "removed");
     }
     printConsoleOnFailure(guest.machine());
 }
