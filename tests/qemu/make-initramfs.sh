@@ -1,9 +1,10 @@
 #!/bin/bash
 # Makes the initramfs of the QEMU test machines: busybox, tov with the libraries it links,
 # the PCI and USB id databases, the kernel modules the machines' devices need (with their
-# dependencies, in load order) and an /init that loads them, waits for the devices the
-# kernel command line names, prints `tov -p` between two marker lines on the console and
-# powers the machine off.
+# dependencies, in load order), the scenario scripts of tests/qemu/guest in /scenarios,
+# and an /init that loads the modules, waits for the devices the kernel command line
+# names, prints `tov -p` between two marker lines on the console (or runs the scenario the
+# command line names) and powers the machine off.
 #
 #   make-initramfs.sh FOLDER TOV KERNEL_RELEASE
 #
@@ -18,20 +19,23 @@ folder=$1
 tov=$2
 release=$3
 root=$folder/root
+guest_scripts=$(dirname "$0")/guest
 modules_dir=/lib/modules/$release
 
 # The drivers of the machines' devices. Order matters where one driver binds a device the
 # other needs: the generic HDA codec must be there before the controller probes its codecs.
+# FAT with the code page and character set it uses by default, for the USB stick.
 modules=(
     virtio_pci virtio_blk virtio_net
     nvme ahci sd_mod usb_storage
+    vfat nls_cp437 nls_ascii
     xhci_pci usbhid hid_generic psmouse evdev
     e1000e
     bochs
     snd_hda_codec_generic snd_hda_intel
 )
 
-for tool in busybox ldd modprobe gzip; do
+for tool in busybox ldd ldconfig modprobe gzip; do
     command -v "$tool" >/dev/null || { echo "$0: $tool is missing" >&2; exit 1; }
 done
 [ -x "$tov" ] || { echo "$0: $tov is no executable" >&2; exit 1; }
@@ -43,7 +47,7 @@ if ldd "$busybox_binary" >/dev/null 2>&1; then
 fi
 
 rm -rf "$root"
-mkdir -p "$root"/{bin,dev,etc,proc,sys,run,tmp,usr/bin,usr/share/misc,lib/modules}
+mkdir -p "$root"/{bin,dev,etc,proc,sys,run,tmp,usr/bin,usr/share/misc,lib/modules,scenarios}
 
 # busybox and one link per applet
 cp "$busybox_binary" "$root/bin/busybox"
@@ -58,12 +62,27 @@ if command -v strip >/dev/null; then
 else
     cp "$tov" "$root/usr/bin/tov"
 fi
-ldd "$tov" | grep -o '/[^ ]*' | sort -u | while read -r library; do
+copy_libraries_of() {
+    ldd "$1" | grep -o '/[^ ]*' | sort -u | while read -r library; do
+        mkdir -p "$root$(dirname "$library")"
+        cp -L "$library" "$root$library"
+    done
+}
+copy_libraries_of "$tov"
+
+# Libraries tov opens only when it needs them, with theirs: libzip makes the daemon's
+# report archives. (libcurl, for the public address, stays out: the guests have no network.)
+run_time_libraries=(libzip.so.4)
+for soname in "${run_time_libraries[@]}"; do
+    library=$(ldconfig -p | awk -v name="$soname" '$1 == name && /x86-64/ && !found { print $NF; found = 1 }')
+    [ -n "$library" ] || { echo "$0: $soname is not installed" >&2; exit 1; }
     mkdir -p "$root$(dirname "$library")"
     cp -L "$library" "$root$library"
+    copy_libraries_of "$library"
 done
 
 cp -L /usr/share/misc/pci.ids /usr/share/misc/usb.ids "$root/usr/share/misc/"
+cp "$guest_scripts"/*.sh "$root/scenarios/"
 
 # The modules and their dependencies, each once, in the order modprobe would load them;
 # compressed modules are unpacked, so busybox insmod can load them.
@@ -94,8 +113,10 @@ cat > "$root/init" <<'INIT'
 # Kernel parameters of the form name=value reach init as environment variables:
 #   tov_host   the host name to set
 #   tov_wait   comma-separated path patterns that must all exist before the scan
+#   tov_scenario  the script of /scenarios to run instead of the scan (without ".sh")
+# A scenario reads its own parameters from the environment in the same way.
 export PATH=/bin:/usr/bin
-: "${tov_host:=}" "${tov_wait:=}"
+: "${tov_host:=}" "${tov_wait:=}" "${tov_scenario:=}"
 mount -t proc proc /proc
 mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
@@ -128,6 +149,10 @@ done
 
 # Keep kernel messages out of the report lines.
 echo 1 > /proc/sys/kernel/printk
+if [ -n "$tov_scenario" ]; then
+    sh "/scenarios/$tov_scenario.sh" || echo "tov-init: the scenario $tov_scenario failed"
+    poweroff -f
+fi
 /usr/bin/tov -p > /tmp/report.json 2> /tmp/tov.err
 status=$?
 echo "-----BEGIN TOV REPORT-----"

@@ -15,8 +15,8 @@
 namespace tov::testing {
 namespace {
 
-constexpr const char* kReportBegin = "-----BEGIN TOV REPORT-----\n";
-constexpr const char* kReportEnd = "-----END TOV REPORT----- status ";
+// The title of the report's marker lines, as the guest's init prints them.
+constexpr const char* kReportTitle = "TOV REPORT";
 
 std::string withoutCarriageReturns(std::string text) {
     std::erase(text, '\r');
@@ -44,11 +44,25 @@ void QemuMachine::addArguments(const std::vector<std::string>& arguments) {
 
 void QemuMachine::waitForPath(const std::string& pattern) { waitPatterns_.push_back(pattern); }
 
+void QemuMachine::runScenario(const std::string& name) { scenario_ = name; }
+
+void QemuMachine::addGuestParameter(const std::string& name, const std::string& value) {
+    guestParameters_.push_back(name + "=" + value);
+}
+
+void QemuMachine::enableMonitor() { monitor_ = true; }
+
+std::string QemuMachine::monitorPath() const { return folder_ + "/" + name_ + ".qmp"; }
+
 std::vector<std::string> QemuMachine::commandLine(const QemuGuestImage& image) const {
-    // The init reads tov_host and tov_wait from its environment (the kernel hands on
-    // parameters it does not know); panic=-1 with -no-reboot ends QEMU on a kernel panic.
-    std::string kernelParameters = "console=ttyS0 quiet panic=-1 tov_host=" + name_;
+    // The init reads tov_host, tov_wait and tov_scenario from its environment (the kernel
+    // hands on parameters it does not know); panic=-1 with -no-reboot ends QEMU on a
+    // kernel panic. no_timer_check: on a busy host the emulated timer can miss the
+    // kernel's early check of the IO-APIC timer, which then panics.
+    std::string kernelParameters = "console=ttyS0 quiet panic=-1 no_timer_check tov_host=" + name_;
     if (!waitPatterns_.empty()) kernelParameters += " tov_wait=" + joined(waitPatterns_, ',');
+    if (!scenario_.empty()) kernelParameters += " tov_scenario=" + scenario_;
+    for (const std::string& parameter : guestParameters_) kernelParameters += " " + parameter;
     std::vector<std::string> line{image.qemu,
                                   "-accel", "tcg",
                                   "-nodefaults",
@@ -59,6 +73,7 @@ std::vector<std::string> QemuMachine::commandLine(const QemuGuestImage& image) c
                                   "-kernel", image.kernel,
                                   "-initrd", image.initramfs,
                                   "-append", kernelParameters};
+    if (monitor_) line.insert(line.end(), {"-qmp", "unix:" + monitorPath() + ",server=on,wait=off"});
     line.insert(line.end(), arguments_.begin(), arguments_.end());
     return line;
 }
@@ -114,23 +129,52 @@ std::string QemuMachine::console() const {
 
 std::string QemuMachine::qemuMessages() const { return readFile(folder_ + "/" + name_ + ".qemu"); }
 
-std::optional<std::string> QemuMachine::report() const {
+std::optional<std::string> QemuMachine::report() const { return section(kReportTitle); }
+
+int QemuMachine::tovStatus() const { return sectionStatus(kReportTitle); }
+
+std::optional<std::string> QemuMachine::section(const std::string& title) const {
     const std::string text = console();
-    const std::size_t begin = text.find(kReportBegin);
+    const std::string beginLine = "-----BEGIN " + title + "-----\n";
+    const std::size_t begin = text.find(beginLine);
     if (begin == std::string::npos) return std::nullopt;
-    const std::size_t start = begin + std::string(kReportBegin).size();
-    const std::size_t end = text.find(kReportEnd, start);
+    const std::size_t start = begin + beginLine.size();
+    const std::size_t end = text.find("-----END " + title + "-----", start);
     if (end == std::string::npos) return std::nullopt;
     return text.substr(start, end - start);
 }
 
-int QemuMachine::tovStatus() const {
+int QemuMachine::sectionStatus(const std::string& title) const {
     const std::string text = console();
-    const std::size_t end = text.find(kReportEnd);
+    const std::string endLine = "-----END " + title + "----- status ";
+    const std::size_t end = text.find(endLine);
     if (end == std::string::npos) return -1;
     int status = -1;
-    std::sscanf(text.c_str() + end + std::string(kReportEnd).size(), "%d", &status);
+    std::sscanf(text.c_str() + end + endLine.size(), "%d", &status);
     return status;
+}
+
+bool QemuMachine::waitForEnd(std::chrono::steady_clock::time_point deadline) {
+    while (!hasEnded()) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            stopForTimeout();
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return true;
+}
+
+bool QemuMachine::waitForConsoleLine(const std::string& line, std::chrono::steady_clock::time_point deadline) {
+    for (;;) {
+        // Whether QEMU has ended is asked before the console is read, so that the last
+        // lines of a guest that powered off are read too.
+        const bool ended = hasEnded();
+        const std::string text = "\n" + console();
+        if (text.find("\n" + line + "\n") != std::string::npos) return true;
+        if (ended || std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
 }
 
 void runMachines(const std::vector<QemuMachine*>& machines, const QemuGuestImage& image, std::chrono::seconds limit) {

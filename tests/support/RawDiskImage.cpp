@@ -5,6 +5,8 @@
 
 #include <array>
 
+#include "support/ChildProcess.h"
+
 namespace tov::testing {
 namespace {
 
@@ -46,6 +48,23 @@ bool writeImage(const std::string& path, std::uint64_t sizeBytes, const std::uin
 }
 
 }  // namespace
+
+bool makeFatDiskImage(const std::string& path, std::uint64_t sizeBytes, const std::string& label,
+                      std::string& failure) {
+    if (!writeImage(path, sizeBytes, nullptr)) {
+        failure = "cannot write " + path;
+        return false;
+    }
+    const ChildResult result = runInChild([&] {
+        ::dup2(STDOUT_FILENO, STDERR_FILENO);
+        const char* argv[] = {"busybox", "mkdosfs", "-n", label.c_str(), path.c_str(), nullptr};
+        ::execvp(argv[0], const_cast<char* const*>(argv));
+        return 127;
+    });
+    if (result.exitCode == 0) return true;
+    failure = "busybox mkdosfs failed (" + std::to_string(result.exitCode) + "): " + result.output;
+    return false;
+}
 
 bool makeBlankDiskImage(const std::string& path, std::uint64_t sizeBytes) {
     return writeImage(path, sizeBytes, nullptr);

@@ -4,6 +4,7 @@
 // inside, and holds each report against the devices the machine was started with.
 //
 // The machines of the selected tests boot together, once per test run, from one initramfs.
+// A machine into which a USB stick is plugged while it runs boots on its own, in its test.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -23,6 +24,7 @@
 #include "support/QemuMachine.h"
 #include "support/RawDiskImage.h"
 #include "support/TestFolder.h"
+#include "support/UsbStickMachine.h"
 
 namespace tov {
 namespace {
@@ -32,6 +34,8 @@ using testing::QemuMachine;
 
 constexpr std::uint64_t kMiB = 1024 * 1024;
 constexpr std::chrono::seconds kBootLimit{240};
+// The title of the marker lines around the guest's `tov -p` report.
+constexpr const char* kReportTitle = "TOV REPORT";
 
 // The names the guest kernel gives the input devices QEMU emulates.
 constexpr const char* kPs2Keyboard = "AT Translated Set 2 keyboard";
@@ -99,6 +103,36 @@ constexpr const char* kName = "bare-machine";
 constexpr std::uint64_t kMemoryMiB = 768;
 constexpr const char* kMac = "52:54:00:c3:00:01";
 }  // namespace bare
+
+// A machine with a USB controller and a user at its console, into which a labelled FAT
+// stick is plugged while it runs; the guest mounts it where a desktop would.
+namespace stick {
+constexpr const char* kName = "usb-stick";
+constexpr const char* kScenario = "usb-stick";
+constexpr const char* kLabel = "QVSTICK";
+constexpr const char* kSerial = "QVSTICK-0007";
+constexpr std::uint64_t kBytes = 48 * kMiB;
+constexpr const char* kUser = "qvuser";
+constexpr unsigned kUid = 1000;
+constexpr const char* kMountPath = "/media/qvuser/QVSTICK";
+// Two scans and a hot-plug take about 25 s under emulation; the limit only bounds a failure.
+constexpr std::chrono::seconds kLimit{240};
+// The guest's `tov -p` reports: with the stick mounted, and once it is unmounted and pulled out.
+constexpr const char* kMountedReport = "STICK MOUNTED";
+constexpr const char* kPulledOutReport = "STICK PULLED OUT";
+
+testing::UsbStick usbStick() { return {kLabel, kSerial, kBytes, kMountPath}; }
+
+// The daemon in the same machine: the reports it hands over after the stick's mount and
+// unmount, as the guest collected them from the outbox, and its log. The daemon ticks
+// every 5 real seconds: about 50 s in all; the limit only bounds a failure.
+constexpr const char* kDaemonName = "usb-stick-daemon";
+constexpr const char* kDaemonScenario = "usb-stick-daemon";
+constexpr std::chrono::seconds kDaemonLimit{300};
+constexpr const char* kMountedDelta = "STICK MOUNTED DELTA";
+constexpr const char* kUnmountedDelta = "STICK UNMOUNTED DELTA";
+constexpr const char* kDaemonLog = "DAEMON LOG";
+}  // namespace stick
 
 std::string upperCase(std::string text) {
     for (char& character : text) character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
@@ -203,6 +237,23 @@ struct MachineRun {
     double seconds = 0;
 };
 
+// The "HWInventory" of the report the guest printed between the marker lines of title,
+// parsed; fails the test when the guest printed none or tov failed.
+std::optional<json> inventoryIn(const QemuMachine& machine, const std::string& title) {
+    EXPECT_EQ(machine.sectionStatus(title), 0) << "tov -p in " << machine.name() << " failed (" << title << ")";
+    const std::optional<std::string> report = machine.section(title);
+    if (!report) {
+        ADD_FAILURE() << machine.name() << " printed no report " << title;
+        return std::nullopt;
+    }
+    json document = json::parse(*report, nullptr, false);
+    if (document.is_discarded() || !document.contains("HWInventory")) {
+        ADD_FAILURE() << machine.name() << " printed no JSON report " << title;
+        return std::nullopt;
+    }
+    return document["HWInventory"];
+}
+
 // The boot timeline line of a run: how long the initramfs and the machines took.
 void printTiming(const char* what, std::chrono::steady_clock::time_point since) {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - since;
@@ -243,29 +294,25 @@ protected:
         }
         QemuMachine& machine = *found->second;
         EXPECT_FALSE(machine.timedOut()) << name << " did not power off within " << kBootLimit.count() << " s";
-        EXPECT_EQ(machine.tovStatus(), 0) << "tov -p in " << name << " failed";
-        const std::optional<std::string> report = machine.report();
-        if (!report) {
-            ADD_FAILURE() << name << " printed no report";
-            return std::nullopt;
-        }
-        json document = json::parse(*report, nullptr, false);
-        if (document.is_discarded() || !document.contains("HWInventory")) {
-            ADD_FAILURE() << name << " printed no JSON report";
-            return std::nullopt;
-        }
-        return document["HWInventory"];
+        return inventoryIn(machine, kReportTitle);
     }
 
     // On failure, the guest's console (and QEMU's own messages), so a CI log shows why.
     static void printConsoleOnFailure(const std::string& name) {
-        if (!HasFailure()) return;
         const auto found = run_->machines.find(name);
         if (found == run_->machines.end() || !found->second) return;
-        std::cout << "----- console of " << name << " -----\n"
-                  << found->second->console() << "----- QEMU messages of " << name << " -----\n"
-                  << found->second->qemuMessages() << "----- end of " << name << " -----" << std::endl;
+        printConsoleOnFailure(*found->second);
     }
+
+    static void printConsoleOnFailure(const QemuMachine& machine) {
+        if (!HasFailure()) return;
+        std::cout << "----- console of " << machine.name() << " -----\n"
+                  << machine.console() << "----- QEMU messages of " << machine.name() << " -----\n"
+                  << machine.qemuMessages() << "----- end of " << machine.name() << " -----" << std::endl;
+    }
+
+    static const std::string& runFolder() { return run_->folder.path(); }
+    static const testing::QemuGuestImage& guestImage() { return *run_->image; }
 
     static std::string kernelRelease() { return run_->image ? run_->image->kernelRelease : ""; }
 
@@ -511,6 +558,102 @@ TEST_F(QemuMachines, BareMachine) {
         EXPECT_EQ((*report)["coreaudio"]["sounds"], json::array());
     }
     printConsoleOnFailure(kName);
+}
+
+// The stick's volume in the "diskutil" section: the whole device holds the file system,
+// named by its label; mounted, it has free space.
+void expectStickVolume(json report, bool mounted) {
+    using namespace stick;
+    json& disks = report["diskutil"]["disks"];
+    ASSERT_EQ(disks.size(), 1u) << disks.dump(2);
+    EXPECT_TRUE(hasRecord(disks, {{"name", kLabel}, {"deviceName", "QEMU HARDDISK"}, {"sizeBytes", kBytes},
+                                  {"fileSystem", "vfat"}, {"boot", false}, {"opticalMedia", false}}));
+    const std::uint64_t freeBytes = disks[0].value("freeSpaceBytes", std::uint64_t{0});
+    if (mounted) {
+        EXPECT_GT(freeBytes, 0u);
+        EXPECT_LT(freeBytes, kBytes);
+    }
+}
+
+// A stick plugged into the running machine through its monitor and mounted is a volume
+// of the "diskutil" section and a removable disk; once it is unmounted and pulled out,
+// it is in neither. The user at the console is the report's user.
+TEST_F(QemuMachines, UsbStickHotPlug) {
+    using namespace stick;
+    testing::UsbStickMachine guest(kName, runFolder(), kScenario, usbStick(), {kUser, kUid});
+    std::string failure;
+    ASSERT_TRUE(guest.prepare(failure)) << failure;
+
+    EXPECT_EQ(guest.run(guestImage(), kLimit), "");
+
+    if (std::optional<json> report = inventoryIn(guest.machine(), kMountedReport)) {
+        EXPECT_EQ((*report)["operatingSystems"]["username"], kUser);
+        expectStickVolume(*report, true);
+        EXPECT_EQ((*report)["iokit"]["disks"], json::array({iokitDisk("QEMU HARDDISK", kSerial, true)}));
+    }
+    if (std::optional<json> report = inventoryIn(guest.machine(), kPulledOutReport)) {
+        EXPECT_EQ((*report)["operatingSystems"]["username"], kUser);
+        EXPECT_EQ((*report)["diskutil"]["disks"], json::array());
+        EXPECT_EQ((*report)["iokit"]["disks"], json::array());
+    }
+    printConsoleOnFailure(guest.machine());
+}
+
+// The JSON document the guest printed between the marker lines of title; fails the test
+// when there is none.
+std::optional<json> documentIn(const QemuMachine& machine, const std::string& title) {
+    const std::optional<std::string> text = machine.section(title);
+    if (!text) {
+        ADD_FAILURE() << machine.name() << " printed no " << title;
+        return std::nullopt;
+    }
+    json document = json::parse(*text, nullptr, false);
+    if (document.is_discarded()) {
+        ADD_FAILURE() << machine.name() << " printed no JSON document " << title;
+        return std::nullopt;
+    }
+    return document;
+}
+
+// The stick's records under one member of a delta report: its volume in "diskutil" and
+// its disk in "iokit", and nothing else.
+void expectStickUnder(const json& delta, const std::string& member) {
+    using namespace stick;
+    ASSERT_TRUE(delta.contains(member)) << delta.dump(2);
+    const json& tree = delta[member];
+    EXPECT_EQ(tree.size(), 2u) << tree.dump(2);
+    expectStickVolume(tree, member == "added");
+    EXPECT_EQ(tree["iokit"], json({{"disks", json::array({iokitDisk("QEMU HARDDISK", kSerial, true)})}}));
+}
+
+// The daemon, with a user at the console and event-driven scanning on, sees the stick's
+// mount as a USB volume event and hands over a delta report whose "added" holds the
+// stick; after the stick is pulled out and unmounted, one whose "removed" holds it.
+TEST_F(QemuMachines, UsbStickDaemon) {
+    using namespace stick;
+    testing::UsbStickMachine guest(kDaemonName, runFolder(), kDaemonScenario, usbStick(), {kUser, kUid});
+    std::string failure;
+    ASSERT_TRUE(guest.prepare(failure)) << failure;
+
+    EXPECT_EQ(guest.run(guestImage(), kDaemonLimit), "");
+
+    const std::string log = guest.machine().section(kDaemonLog).value_or("");
+    const std::string validEvent = std::string("VolumeEvent is valid. VolumePath: [") + kMountPath + "]";
+    EXPECT_NE(log.find("One or more devices were mounted.  Will re-scan shortly..."), std::string::npos) << log;
+    EXPECT_NE(log.find("One or more devices were unmounted.  Will re-scan shortly..."), std::string::npos) << log;
+    EXPECT_NE(log.find(validEvent), log.rfind(validEvent)) << "one valid event for the mount and one for the unmount";
+    EXPECT_NE(log.find("USB disk changes detected."), std::string::npos);
+    if (std::optional<json> delta = documentIn(guest.machine(), kMountedDelta)) {
+        EXPECT_FALSE(delta->contains("removed")) << delta->dump(2);
+        EXPECT_FALSE(delta->contains("changed")) << delta->dump(2);
+        expectStickUnder(*delta, "added");
+    }
+    if (std::optional<json> delta = documentIn(guest.machine(), kUnmountedDelta)) {
+        EXPECT_FALSE(delta->contains("added")) << delta->dump(2);
+        EXPECT_FALSE(delta->contains("changed")) << delta->dump(2);
+        expectStickUnder(*delta, "removed");
+    }
+    printConsoleOnFailure(guest.machine());
 }
 
 // A machine still running at the limit is ended (and reaped) and counts as timed out;
