@@ -13,6 +13,8 @@ namespace tov {
 namespace {
 
 constexpr std::size_t kChunkSize = 64 * 1024;
+// Readings of a table that changes while it is read are made again, at most this often.
+constexpr int kMaximumReadings = 20;
 
 // The whole text from its start; nothing when it cannot be read or exceeds limit (logged).
 std::optional<std::string> readFromStart(int descriptor, const char* path, std::uint64_t limit) {
@@ -100,8 +102,16 @@ void MountTableWatcher::tableChanged() {
     }
 }
 
+// The kernel hands the table out in pieces, and a piece read while mounts change can show
+// an entry twice or not at all. A reading counts once the next one is the same; during a
+// burst of mounts that waits for the burst's end, and all its changes come together.
 std::optional<std::vector<MountEntry>> MountTableWatcher::readTable() {
-    const std::optional<std::string> text = readFromStart(table_.get(), tablePath_.c_str(), tableLimit_);
+    std::optional<std::string> text = readFromStart(table_.get(), tablePath_.c_str(), tableLimit_);
+    for (int reading = 1; text && reading < kMaximumReadings; ++reading) {
+        std::optional<std::string> again = readFromStart(table_.get(), tablePath_.c_str(), tableLimit_);
+        if (!again || *again == *text) break;
+        text = std::move(again);
+    }
     if (!text) return std::nullopt;
     return MountInfo::parse(*text);
 }
