@@ -121,6 +121,9 @@ protected:
         options.serviceManager = &manager_;
         options.factory = factory;
         delegate_ = std::make_unique<QVApplicationDelegate>(options);
+        // A negative threshold is never exceeded: the sanitizers' own memory makes a test
+        // process far larger than the daemon, and the memory guard would end it.
+        delegate_->setMemoryThreshold(-1);
         loop_ = std::thread([this] { ranLoop_ = delegate_->runApplication(); });
     }
 

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/TestFolder.h"
 #include "support/TovInNamespace.h"
@@ -21,6 +22,9 @@ using namespace std::chrono_literals;
 
 // The unit the daemon writes on every tick stays in the namespace too.
 constexpr testing::PrivateFolders kFolders = testing::PrivateFolders::OptTmpAndSystemdUnits;
+// The daemon's arguments: no instance wait, and the highest memory threshold, as a
+// sanitizer build of tov is many times the size of a plain one.
+const std::vector<std::string> kDaemonArguments {"re", "-mm=1073741824"};
 constexpr const char* kPolicyPath = "/opt/Quorvel/KELD/Components/TOV/policy.json";
 constexpr const char* kOutboxPath = "/opt/Quorvel/KELD/Components/TOV/outbox";
 constexpr const char* kSettingsPath = "/opt/Quorvel/KELD/Components/TOV/settings.bin";
@@ -66,7 +70,7 @@ TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly)
         if (outboxHoldsAnArchive()) return 12;
         std::filesystem::remove(kLogPath);
         const pid_t daemon = ::fork();
-        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, kDaemonArguments));
         if (daemon < 0) return 13;
         const auto deadline = std::chrono::steady_clock::now() + 15s;
         while (!outboxHoldsAnArchive() && std::chrono::steady_clock::now() < deadline) {
@@ -108,7 +112,7 @@ TEST_F(DaemonExecutable, SigtermDuringAScanEndsItAndTheNextStartFindsConsistentF
         [](int program) {
             testing::writeFile(kPolicyPath, R"({"EventDrivenScan": true})");
             const pid_t first = ::fork();
-            if (first == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+            if (first == 0) ::_exit(testing::executeOpenedProgram(program, kDaemonArguments));
             if (first < 0) return 13;
             if (!waitForLogLine("Force full scan, FullScanIntervalHours...", 60s)) return 14;
             ::kill(first, SIGTERM);
@@ -116,7 +120,7 @@ TEST_F(DaemonExecutable, SigtermDuringAScanEndsItAndTheNextStartFindsConsistentF
             if (!waitForLogLine("TOV finished.", 5s)) return 16;
             std::filesystem::remove(kLogPath);
             const pid_t second = ::fork();
-            if (second == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+            if (second == 0) ::_exit(testing::executeOpenedProgram(program, kDaemonArguments));
             if (second < 0) return 17;
             const auto deadline = std::chrono::steady_clock::now() + 60s;
             while (!outboxHoldsAnArchive() && std::chrono::steady_clock::now() < deadline) {
@@ -138,7 +142,7 @@ TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
     const testing::ChildResult result = testing::runWithTovInNamespace(
         [](int program) {
         const pid_t daemon = ::fork();
-        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, {"re"}));
+        if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, kDaemonArguments));
         if (daemon < 0) return 13;
         const auto deadline = std::chrono::steady_clock::now() + 60s;
         std::string log;
