@@ -129,6 +129,9 @@ TEST_F(MountTableWatcherTest, AFileSystemStackedOnAMountedPathAndItsRemovalAreRe
     });
 }
 
+// A burst of a thousand mounts, then one of a thousand unmounts once the mounts were seen.
+// The table is compared between readings, so a volume mounted and unmounted again between
+// two readings is not seen at all: the unmounts wait for the mounts' events.
 TEST_F(MountTableWatcherTest, AThousandMountsAndUnmountsMadeWhileTheLoopRunsAreAllReportedInOrder) {
     constexpr int kCount = 1000;
     std::vector<std::string> paths;
@@ -137,16 +140,21 @@ TEST_F(MountTableWatcherTest, AThousandMountsAndUnmountsMadeWhileTheLoopRunsAreA
         std::unique_ptr<RunLoop> loop = RunLoop::create();
         std::vector<std::string> mounted;
         std::vector<std::string> unmounted;
+        std::atomic<int> mountsSeen{0};
         std::unique_ptr<VolumeWatcher> watcher = VolumeWatcher::create(*loop, [&](const VolumeEvent& event) {
             (event.kind == VolumeEvent::Kind::Mounted ? mounted : unmounted).push_back(event.mountPath);
+            if (event.kind == VolumeEvent::Kind::Mounted) ++mountsSeen;
         });
         if (!watcher) return 2;
         std::atomic<int> failures{0};
+        std::atomic<bool> giveUp{false};
         std::thread mounter([&] {
             for (const std::string& path : paths) failures += mountTmpfs(path) ? 0 : 1;
+            while (mountsSeen < kCount && !giveUp) std::this_thread::sleep_for(5ms);
             for (const std::string& path : paths) failures += ::umount(path.c_str()) == 0 ? 0 : 1;
         });
         const bool all = runUntil(*loop, [&] { return int(mounted.size()) >= kCount && int(unmounted.size()) >= kCount; });
+        giveUp = true;
         mounter.join();
         std::cout << mounted.size() << " mounted, " << unmounted.size() << " unmounted, " << failures << " failed\n";
         if (!all || failures != 0) return 4;
