@@ -85,9 +85,6 @@ public:
     bool isBeyondMemoryConsumptionThreshold() override;
     void spawnNewAppInstance() override;
 
-    QVScanScheduler& scheduler() { return scheduler_; }
-    QVRemovableMedia& removableMedia() { return removableMedia_; }
-
 private:
     QVDiscovererFactory& factory();
     void catchSigterm();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/QVDaemonInstaller.h"
 #include "common/QVSLogger.h"
 #include "common/QVSPolicy.h"
 #include "common/QVSSettings.h"
@@ -9,9 +10,6 @@
 
 namespace tov {
 namespace {
-
-// The registration the daemon re-asserts on every tick.
-constexpr double kDaemonExecutionInterval = 60;
 
 bool hasEntries(const DictionaryRef& dictionary) { return dictionary && !dictionary->empty(); }
 
@@ -31,7 +29,7 @@ void QVScanScheduler::performScanTimerLogic() {
         QVSLogger::debug("Scan in progress. Quit performScanTimerLogic.");
         return;
     }
-    host_.lazyInstallAsDaemonWithExecutionInterval(kDaemonExecutionInterval, true);
+    host_.lazyInstallAsDaemonWithExecutionInterval(QVDaemonInstaller::kExecutionInterval, true);
     if (host_.isBeyondMemoryConsumptionThreshold()) {
         if (host_.isInstalledAsDaemon()) {
             QVSLogger::information(

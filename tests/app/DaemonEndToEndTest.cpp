@@ -89,8 +89,6 @@ protected:
         seconds_ = 1706692500;
         std::filesystem::create_directories(std::filesystem::path(Paths::jobFile()).parent_path());
         QVSReport::setClockForTesting([this] { return now(); });
-        sigemptyset(&terminate_);
-        sigaddset(&terminate_, SIGTERM);
         pthread_sigmask(SIG_BLOCK, nullptr, &savedMask_);
         RunLoop::blockTerminationSignal();
     }
@@ -157,7 +155,6 @@ protected:
     void setConsoleUser(const std::string& name) { factory->section("operatingSystems").set("username", Value(name)); }
 
     std::atomic<long long> seconds_ {0};
-    sigset_t terminate_ {};
     sigset_t savedMask_ {};
     TickGate gate_;
     RecordingServiceManager manager_;

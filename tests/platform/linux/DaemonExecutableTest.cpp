@@ -53,6 +53,19 @@ int waitForExit(pid_t child, std::chrono::seconds limit) {
     return -1;
 }
 
+// Reads the log until it holds text, for at most limit.
+bool waitForLogLine(const std::string& text, std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        std::error_code error;
+        if (std::filesystem::exists(kLogPath, error) && testing::readFile(kLogPath).find(text) != std::string::npos) {
+            return true;
+        }
+        std::this_thread::sleep_for(20ms);
+    }
+    return false;
+}
+
 class DaemonExecutable : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -90,19 +103,6 @@ TEST_F(DaemonExecutable, FirstReportReachesTheOutboxSoonAndSigtermEndsItCleanly)
         },
         kFolders);
     EXPECT_EQ(result.exitCode, 0) << result.output;
-}
-
-// Reads the log until it holds text, for at most limit.
-bool waitForLogLine(const std::string& text, std::chrono::seconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < deadline) {
-        std::error_code error;
-        if (std::filesystem::exists(kLogPath, error) && testing::readFile(kLogPath).find(text) != std::string::npos) {
-            return true;
-        }
-        std::this_thread::sleep_for(20ms);
-    }
-    return false;
 }
 
 // SIGTERM while the scan thread scans: the daemon ends at once and cleanly, and the files
@@ -144,17 +144,10 @@ TEST_F(DaemonExecutable, WithoutPolicyItWaitsAndEndsOnSigterm) {
         const pid_t daemon = ::fork();
         if (daemon == 0) ::_exit(testing::executeOpenedProgram(program, kDaemonArguments));
         if (daemon < 0) return 13;
-        const auto deadline = std::chrono::steady_clock::now() + 60s;
-        std::string log;
-        while (log.find("The policy file does not exit.") == std::string::npos &&
-               std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(100ms);
-            std::error_code error;
-            if (std::filesystem::exists(kLogPath, error)) log = testing::readFile(kLogPath);
-        }
+        waitForLogLine("The policy file does not exit.", 60s);
         ::kill(daemon, SIGTERM);
         const int exitCode = waitForExit(daemon, 60s);
-        log = testing::readFile(kLogPath);
+        const std::string log = testing::readFile(kLogPath);
         std::printf("%s", log.c_str());
         if (log.find("The policy file does not exit.") == std::string::npos) return 14;
         if (exitCode != 0) return 15;
