@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <string_view>
 #include <vector>
 
@@ -59,6 +60,13 @@ double leadingDoubleValue(const std::string& text) {
     return result.ec == std::errc() ? value : 0;
 }
 
+// A share of memory as ps prints it; anything below zero, infinite or not a number is no
+// measurement and reads as 0.
+double memoryPercentage(const std::string& text) {
+    const double value = leadingDoubleValue(text);
+    return std::isfinite(value) && value > 0 ? value : 0;
+}
+
 bool isCountedInstanceLine(std::string_view line, long currentPid) {
     const std::vector<std::string> pieces = piecesSplitAt(line, kBlanks);
     const std::optional<std::string> processId = QVAppDaemonUtil::firstNonEmptyComponentOfArray(pieces);
@@ -107,7 +115,7 @@ double QVAppDaemonUtil::memoryFromProcessList(const std::string& output, long cu
         if (pieces.size() < 4) continue;
         const std::int64_t processId = leadingIntegerValue(pieces[1]);
         if (processId == 0 || processId != currentPid) continue;
-        return leadingDoubleValue(pieces[3]) / 100.0 * static_cast<double>(ram);
+        return memoryPercentage(pieces[3]) / 100.0 * static_cast<double>(ram);
     }
     return 0;
 }

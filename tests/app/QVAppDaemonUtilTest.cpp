@@ -112,6 +112,13 @@ TEST(QVAppDaemonUtilMemoryFallback, PercentageThatIsNoNumberGivesZero) {
     EXPECT_EQ(QVAppDaemonUtil::memoryFromProcessList("root 4242 0.0 lots tov\n", kOwnPid, 1000), 0);
 }
 
+TEST(QVAppDaemonUtilMemoryFallback, NegativeOrEndlessPercentageGivesZero) {
+    EXPECT_EQ(QVAppDaemonUtil::memoryFromProcessList("root 4242 1.5 -021 tov\n", kOwnPid, 1000), 0);
+    EXPECT_EQ(QVAppDaemonUtil::memoryFromProcessList("root 4242 1.5 inf tov\n", kOwnPid, 1000), 0);
+    EXPECT_EQ(QVAppDaemonUtil::memoryFromProcessList("root 4242 1.5 nan tov\n", kOwnPid, 1000), 0);
+    EXPECT_EQ(QVAppDaemonUtil::memoryFromProcessList("root 4242 1.5 1e999 tov\n", kOwnPid, 1000), 0);
+}
+
 TEST(QVAppDaemonUtilMemory, OwnMemoryAndRamAreMeasured) {
     const double own = QVAppDaemonUtil::memoryConsumptionOfCurrentProcess();
     EXPECT_GT(own, 0);
