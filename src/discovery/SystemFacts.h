@@ -45,4 +45,66 @@ inline constexpr const char* kPermanentAddress = "permanentAddress";
 // system has no Wi-Fi configuration interface. Linux: nl80211 (NL80211_CMD_GET_INTERFACE).
 inline constexpr const char* kWifiNetwork = "wifiNetwork";
 
+// macOS. Registry properties, power-source descriptions and the like keep the platform's
+// own keys; a data property is an array of its bytes (numbers 0 to 255), a date is its
+// text "yyyy-MM-ddTHH:mm:ssZ" (UTC), as the property-list reader gives them.
+
+// Key: a kernel parameter's name ("hw.memsize", "hw.logicalcpu", "machdep.cpu.brand_string",
+// "hw.model", ...). A number for an integer parameter, a string for a text one (the bytes
+// up to the first zero); "vm.swapusage" is { "total", "available", "used", "pageSize",
+// "encrypted" } and "kern.boottime" { "seconds", "microseconds" }. Absent when the
+// kernel has no such parameter or the read fails.
+inline constexpr const char* kSysctl = "sysctl";
+
+// Key "": the memory page size of sysconf(_SC_PAGESIZE), a number.
+inline constexpr const char* kPageSize = "pageSize";
+
+// Key: a device-registry matching: the class name ("IOBlockStorageDevice"), followed for
+// a HID usage match by the usage page and the usage ("IOHIDDevice 1 6"). An array of the
+// matched services in the order the registry's iterator gives them, each { "path": its
+// path in the IOService plane (absent when it cannot be read), "properties": all its
+// properties (absent when they cannot be read), "usbSerialNumber": the value of "USB
+// Serial Number" found searching from the service up through its parents, recursively
+// (absent when none; asked for "IOBlockStorageDevice" only) }. Absent when the matching
+// cannot be made or gives no iterator.
+inline constexpr const char* kRegistry = "ioreg";
+
+// Key "": an array of the power sources' description dictionaries, in the order of the
+// power-source list; [] when there are none.
+inline constexpr const char* kPowerSources = "powerSources";
+
+// Key "": an array of the audio devices in the system's list order, each { "name",
+// "manufacturer" } as read in the input scope; a key is absent when its read failed.
+// Absent when the device list cannot be read.
+inline constexpr const char* kAudioDevices = "audioDevices";
+
+// Key "": { "hardwareAddress": the address text of the system's default Wi-Fi interface,
+// "ssid": its network name (absent when not associated or hidden from the daemon) };
+// absent when there is no Wi-Fi interface.
+inline constexpr const char* kWifiInterface = "wifiInterface";
+
+// Key "": { "user": the console user the system configuration store names (absent when
+// none), "processUser": the user name of this process }.
+inline constexpr const char* kMacConsoleUser = "macConsoleUser";
+
+// Key "": { "localizedName": the current host's localized name (absent when none),
+// "localeIdentifier": the current locale's identifier ("en_US") }.
+inline constexpr const char* kHostAndLocale = "hostAndLocale";
+
+// Key "": the local time zone { "identifier": "Europe/Paris", "offsetSeconds": its offset
+// from GMT now, daylight-saving time included, "standardName": its long standard name in
+// the locale "en_US_POSIX" }.
+inline constexpr const char* kLocalTimeZone = "localTimeZone";
+
+// Key: a user name. { "metaRecordName": an array of the values of the meta record name
+// attribute of the first user record with that record name on the directory's
+// authentication search node; [] when it has none }; absent when there is no such record
+// or the directory cannot be asked.
+inline constexpr const char* kDirectoryUser = "directoryUser";
+
+// Key: a path. { "identifier": a text that identifies the volume holding the path (two
+// paths are on one volume exactly when their texts are equal) }; absent when it cannot
+// be read.
+inline constexpr const char* kVolumeIdentifier = "volumeIdentifier";
+
 }  // namespace tov::facts

@@ -1,0 +1,26 @@
+#pragma once
+
+// The size of the tree an XML property list unfolds into, measured from its tags alone
+// before any parser sees it. A property list from a tool is outside input: nesting
+// thousands of containers deep would take a recursive reader past its stack, and millions
+// of empty elements would take gigabytes once they are objects. The measure counts
+// generously (a tag inside a comment counts too), so a list it accepts is within bounds.
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace tov {
+
+struct XmlPlistShape {
+    // Elements that become tree nodes (dictionary keys count as nodes).
+    std::uint64_t nodes = 0;
+    // Containers on the deepest path, the top one included.
+    std::uint64_t depth = 0;
+};
+
+// The shape of the XML property list in bytes; nothing when a measure exceeds its limit,
+// a tag is not closed, or a container is closed that was never opened.
+std::optional<XmlPlistShape> measureXmlPlist(std::string_view bytes, const XmlPlistShape& limits);
+
+}  // namespace tov
