@@ -59,5 +59,12 @@ TEST(FixtureReportsCoverage, SixLinuxMachinesAreRecorded) {
               6);
 }
 
+TEST(FixtureReportsCoverage, FiveMacOSMachinesAreRecorded) {
+    const std::vector<std::string> machines = fixtureMachines();
+    EXPECT_GE(std::count_if(machines.begin(), machines.end(),
+                            [](const std::string& machine) { return machine.rfind("macos/", 0) == 0; }),
+              5);
+}
+
 }  // namespace
 }  // namespace tov
