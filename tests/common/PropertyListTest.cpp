@@ -159,6 +159,15 @@ TEST(PropertyList, ABinaryListKeepsDictionaryKeyOrder) {
     EXPECT_EQ(entries[2].first, "mid");
 }
 
+TEST(PropertyList, BinaryStringsEndAtAZeroByte) {
+    RawBinaryPlist plist;
+    plist.objects = {plist.container(kArrayKind, {1, 2}), std::string("\x53" "a\0b", 4),
+                     std::string("\x62\x00x\x00\x00", 5)};
+    const std::optional<Value> tree = parsePropertyList(plist.bytes());
+    ASSERT_TRUE(tree);
+    EXPECT_EQ(*tree, Value(makeArray({"a", "x"})));
+}
+
 // --- root types ---
 
 TEST(PropertyList, AnyRootTypeIsGivenAsItIsForTheCallerToCheck) {
