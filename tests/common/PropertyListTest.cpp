@@ -168,6 +168,21 @@ TEST(PropertyList, BinaryStringsEndAtAZeroByte) {
     EXPECT_EQ(*tree, Value(makeArray({"a", "x"})));
 }
 
+TEST(PropertyList, BinaryDictionaryKeysWithAZeroCharacterAreRefused) {
+    RawBinaryPlist byteKey;
+    byteKey.objects = {byteKey.container(0xD, {1, 2}), std::string("\x55\x80>+\0P", 6), "\x51x"};
+    EXPECT_FALSE(parsePropertyList(byteKey.bytes()));
+    RawBinaryPlist wideKey;
+    wideKey.objects = {wideKey.container(0xD, {1, 2}), std::string("\x62\x00k\x00\x00", 5), "\x51x"};
+    EXPECT_FALSE(parsePropertyList(wideKey.bytes()));
+    // The same string as a value is read up to its zero.
+    RawBinaryPlist asValue;
+    asValue.objects = {asValue.container(0xD, {2, 1}), std::string("\x55\x80>+\0P", 6), "\x51k"};
+    const std::optional<Value> tree = parsePropertyList(asValue.bytes());
+    ASSERT_TRUE(tree && tree->isDictionary());
+    EXPECT_TRUE(tree->dictionary()->get("k").isString());
+}
+
 // --- root types ---
 
 TEST(PropertyList, AnyRootTypeIsGivenAsItIsForTheCallerToCheck) {
