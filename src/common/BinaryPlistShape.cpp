@@ -86,6 +86,8 @@ std::optional<ObjectTable> readObjectTable(std::string_view bytes) {
 struct ObjectEntry {
     std::vector<std::uint64_t> references;
     std::uint64_t payloadBytes = 0;
+    // A dictionary's references start with this many keys.
+    std::uint64_t keyCount = 0;
 };
 
 class ObjectReader {
@@ -102,6 +104,26 @@ public:
         const std::optional<std::uint64_t> length = readLength(position, marker & 0xF);
         if (!length) return std::nullopt;
         return readContents(kind, position, *length);
+    }
+
+    // Whether the object is a string with a zero character inside. libplist reads such a
+    // dictionary key with an assertion that ends the process.
+    bool isStringWithZero(std::uint64_t index) const {
+        const std::optional<std::uint64_t> offset = objectOffset(index);
+        if (!offset) return false;
+        const unsigned marker = static_cast<unsigned>(byteAt(table_.bytes, *offset));
+        const unsigned kind = marker >> 4;
+        if (kind != kByteString && kind != kTwoByteString) return false;
+        std::uint64_t position = *offset + 1;
+        const std::optional<std::uint64_t> length = readLength(position, marker & 0xF);
+        if (!length) return false;
+        const std::uint64_t width = kind == kTwoByteString ? 2 : 1;
+        const std::uint64_t available = table_.tableOffset - position;
+        const std::uint64_t characters = std::min(*length, available / width);
+        for (std::uint64_t character = 0; character < characters; ++character) {
+            if (bigEndian(table_.bytes, position + character * width, width) == 0) return true;
+        }
+        return false;
     }
 
 private:
@@ -143,10 +165,13 @@ private:
                 if (length > available / 2) return std::nullopt;
                 entry.payloadBytes = length * 4;
                 return entry;
-            case kDictionary:
+            case kDictionary: {
                 // The keys' references, then the values'.
                 if (length > available / (2 * table_.referenceWidth)) return std::nullopt;
-                return readReferences(position, length * 2);
+                std::optional<ObjectEntry> dictionary = readReferences(position, length * 2);
+                if (dictionary) dictionary->keyCount = length;
+                return dictionary;
+            }
             default:
                 if (length > available / table_.referenceWidth) return std::nullopt;
                 return readReferences(position, length);
@@ -180,7 +205,10 @@ public:
         while (!path_.empty()) {
             Step& step = path_.back();
             if (step.nextReference < step.entry.references.size()) {
-                if (!visit(step.entry.references[step.nextReference++])) return std::nullopt;
+                const bool isKey = step.nextReference < step.entry.keyCount;
+                const std::uint64_t reference = step.entry.references[step.nextReference++];
+                if (isKey && keyHoldsZero(reference)) return std::nullopt;
+                if (!visit(reference)) return std::nullopt;
                 continue;
             }
             const std::optional<BinaryPlistShape> finished = close();
@@ -202,6 +230,14 @@ private:
         bool open = true;
         BinaryPlistShape shape;
     };
+
+    bool keyHoldsZero(std::uint64_t index) {
+        const auto known = keysWithZero_.find(index);
+        if (known != keysWithZero_.end()) return known->second;
+        const bool holdsZero = reader_.isStringWithZero(index);
+        keysWithZero_[index] = holdsZero;
+        return holdsZero;
+    }
 
     bool visit(std::uint64_t index) {
         const auto known = measures_.find(index);
@@ -247,6 +283,7 @@ private:
     BinaryPlistShape limits_;
     std::vector<Step> path_;
     std::unordered_map<std::uint64_t, Measure> measures_;
+    std::unordered_map<std::uint64_t, bool> keysWithZero_;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -69,8 +70,7 @@ public:
         switch (plist_get_node_type(node)) {
             case PLIST_DICT: return dictionaryOf(node);
             case PLIST_ARRAY: return arrayOf(node);
-            case PLIST_STRING: return Value(ownedText(node, plist_get_string_val));
-            case PLIST_KEY: return Value(ownedText(node, plist_get_key_val));
+            case PLIST_STRING: return Value(textOf(node));
             case PLIST_BOOLEAN: return Value(booleanOf(node));
             case PLIST_UINT: return integerOf(node);
             case PLIST_REAL: return realOf(node);
@@ -120,12 +120,15 @@ private:
         return Value(array);
     }
 
-    static std::string ownedText(plist_t node, void (*get)(plist_t, char**)) {
-        char* text = nullptr;
-        get(node, &text);
-        std::string result = text ? text : "";
-        std::free(text);
-        return result;
+    // The string up to its first zero byte, as dictionary keys come too. A binary list's
+    // string may hold zero bytes, and libplist's copying getter then fails an assertion
+    // (which ends the process); its pointer getter does not. Keys only come through the
+    // dictionary iterator, so a key node is never read here.
+    static std::string textOf(plist_t node) {
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        if (!text) return "";
+        return std::string(text, strnlen(text, static_cast<std::size_t>(length)));
     }
 
     static bool booleanOf(plist_t node) {

@@ -1,6 +1,12 @@
 #include "model/QVIPInfo.h"
 
-#include <regex>
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <memory>
 
 namespace tov {
 namespace {
@@ -8,20 +14,23 @@ namespace {
 constexpr std::string_view kLocalIpKey = "localIp";
 constexpr std::string_view kPublicIpKey = "publicIp";
 
+// ICU's regular expressions, as the platform's: without options, "$" matches at the end
+// of the text and also before a line terminator that ends it.
 constexpr const char* kIpv4Pattern =
     "^(([0-9]|[1-9][0-9]|1[0-9]{2}|2[0-4][0-9]|25[0-5])\\.){3}"
     "([0-9]|[1-9][0-9]|1[0-9]{2}|2[0-4][0-9]|25[0-5])$";
 
-// Built once; nothing when the expression cannot be built.
-const std::regex* ipv4Expression() {
-    static const std::optional<std::regex> expression = []() -> std::optional<std::regex> {
-        try {
-            return std::regex(kIpv4Pattern);
-        } catch (const std::regex_error&) {
-            return std::nullopt;
-        }
+// Built once and shared (a compiled pattern is immutable); null when it cannot be built.
+const icu::RegexPattern* ipv4Expression() {
+    static const std::unique_ptr<icu::RegexPattern> expression = []() -> std::unique_ptr<icu::RegexPattern> {
+        UErrorCode status = U_ZERO_ERROR;
+        UParseError parseError{};
+        std::unique_ptr<icu::RegexPattern> pattern(
+            icu::RegexPattern::compile(icu::UnicodeString::fromUTF8(kIpv4Pattern), 0, parseError, status));
+        if (U_FAILURE(status)) return nullptr;
+        return pattern;
     }();
-    return expression ? &*expression : nullptr;
+    return expression.get();
 }
 
 }  // namespace
@@ -30,13 +39,15 @@ std::shared_ptr<QVIPInfo> QVIPInfo::ipInfo() { return std::make_shared<QVIPInfo>
 
 bool QVIPInfo::isValidIpAddress(std::optional<std::string_view> address) {
     if (!address || address->empty()) return false;
-    const std::regex* expression = ipv4Expression();
+    const icu::RegexPattern* expression = ipv4Expression();
     if (!expression) return false;
-    try {
-        return std::regex_search(address->begin(), address->end(), *expression);
-    } catch (const std::regex_error&) {
-        return false;
-    }
+    const icu::UnicodeString text = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(address->data(), static_cast<std::int32_t>(std::min<std::size_t>(address->size(), INT32_MAX))));
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::RegexMatcher> matcher(expression->matcher(text, status));
+    if (U_FAILURE(status) || !matcher) return false;
+    const bool found = matcher->find(status);
+    return U_SUCCESS(status) && found;
 }
 
 std::optional<std::string> QVIPInfo::localIp() const { return stringForKey(kLocalIpKey); }

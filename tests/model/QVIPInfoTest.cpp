@@ -112,3 +112,55 @@ TEST(QVIPInfo, TheKindTestAsksWhetherTheReceiverIsOfTheOthersKind) {
 
 }  // namespace
 }  // namespace tov
+
+namespace tov {
+namespace {
+
+// The platform's expressions are ICU's, where "$" also matches before one line terminator
+// that ends the text.
+TEST(QVIPInfo, AFinalLineFeedPassesAndIsTrimmedWhenStored) {
+    EXPECT_TRUE(QVIPInfo::isValidIpAddress("10.0.0.1\n"));
+    auto record = QVIPInfo::ipInfo();
+    record->setLocalIp("10.0.0.1\n");
+    EXPECT_EQ(record->localIp(), "10.0.0.1");
+    record->setPublicIp("203.0.113.7\n");
+    EXPECT_EQ(record->publicIp(), "203.0.113.7");
+}
+
+TEST(QVIPInfo, TwoFinalLineFeedsDoNotPass) {
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1\n\n"));
+    auto record = QVIPInfo::ipInfo();
+    record->setLocalIp("10.0.0.1\n\n");
+    EXPECT_EQ(record->localIp(), "");
+}
+
+TEST(QVIPInfo, AFinalCarriageReturnLineFeedPassesAsOneTerminator) {
+    // ICU takes CR LF as one line terminator, so "$" matches before it.
+    EXPECT_TRUE(QVIPInfo::isValidIpAddress("10.0.0.1\r\n"));
+    auto record = QVIPInfo::ipInfo();
+    record->setLocalIp("10.0.0.1\r\n");
+    EXPECT_EQ(record->localIp(), "10.0.0.1");
+}
+
+TEST(QVIPInfo, OtherFinalLineTerminatorsPassAndOtherFinalWhiteSpaceDoesNot) {
+    EXPECT_TRUE(QVIPInfo::isValidIpAddress("10.0.0.1\r"));
+    EXPECT_TRUE(QVIPInfo::isValidIpAddress("10.0.0.1\u2028"));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1\t"));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1\n "));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("\n10.0.0.1"));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1\n10.0.0.2"));
+}
+
+TEST(QVIPInfo, OnlyAsciiDigitsCount) {
+    // Arabic-Indic digits are digits to Unicode, not to [0-9].
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("\u0661\u0660.0.0.1"));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1\xff"));
+}
+
+TEST(QVIPInfo, LongTextIsSearchedWithoutTrouble) {
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress(std::string(1 << 20, '1')));
+    EXPECT_FALSE(QVIPInfo::isValidIpAddress("10.0.0.1" + std::string(1 << 16, '\n')));
+}
+
+}  // namespace
+}  // namespace tov
