@@ -1,0 +1,58 @@
+#include "discovery/macos/QVIOKitHardwareInfoDiscoverer.h"
+
+#include <optional>
+#include <utility>
+
+#include "discovery/QVSWiFiInterfaceFactory.h"
+#include "discovery/macos/MacWiFiInterfaces.h"
+#include "discovery/macos/PowerSourceBatteries.h"
+#include "discovery/macos/RegistryDisks.h"
+#include "discovery/macos/RegistryInputDevices.h"
+#include "discovery/macos/RegistryNetworkAdapters.h"
+#include "discovery/macos/RegistrySerialNumber.h"
+
+namespace tov {
+
+QVIOKitHardwareInfoDiscoverer::QVIOKitHardwareInfoDiscoverer(std::shared_ptr<SystemSource> source, bool mockWiFi)
+    : source_(std::move(source)), mockWiFi_(mockWiFi) {}
+
+DictionaryRef QVIOKitHardwareInfoDiscoverer::discoverInfo() {
+    DictionaryRef section = makeDictionary();
+    section->set(kSerialNumbersKey, discoverSerialNumbers());
+    section->set(kKeyboardsKey, discoverKeyboards());
+    section->set(kPointingDevicesKey, discoverPointingDevices());
+    section->set(kBatteriesKey, discoverBatteries());
+    section->set(kDisksKey, discoverDisks());
+    section->set(kNetworkAdaptersKey, discoverNetworkAdapters());
+    return section;
+}
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverSerialNumbers() {
+    ArrayRef serials = makeArray();
+    if (const std::optional<std::string> serial = platformSerialNumberFromRegistry(*source_)) {
+        DictionaryRef entry = makeDictionary();
+        entry->set(kSerialNumberKey, *serial);
+        serials->push_back(entry);
+    }
+    return serials;
+}
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverKeyboards() { return keyboardsFromRegistry(*source_); }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverPointingDevices() { return pointingDevicesFromRegistry(*source_); }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverBatteries() { return batteriesFromPowerSources(*source_); }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverDisks() { return makeArray(*discoverIOBlockStorageDeviceAsDisks()); }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverIOBlockStorageDeviceAsDisks() { return disksFromRegistry(*source_); }
+
+// The Wi-Fi interface is asked anew for every adapter, as the system's may change.
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverNetworkAdapters() {
+    SystemSource& source = *source_;
+    const std::shared_ptr<QVSWiFiInterface> wiFiInterface =
+        QVSWiFiInterfaceFactory::wiFiInterface(mockWiFi_, [&source] { return macWiFiInterfaces(source); });
+    return networkAdaptersFromRegistry(source, *wiFiInterface);
+}
+
+}  // namespace tov
