@@ -69,7 +69,7 @@ public:
         switch (plist_get_node_type(node)) {
             case PLIST_DICT: return dictionaryOf(node);
             case PLIST_ARRAY: return arrayOf(node);
-            case PLIST_STRING: return Value(ownedText(node, plist_get_string_val));
+            case PLIST_STRING: return Value(stringText(node));
             case PLIST_KEY: return Value(ownedText(node, plist_get_key_val));
             case PLIST_BOOLEAN: return Value(booleanOf(node));
             case PLIST_UINT: return integerOf(node);
@@ -118,6 +118,15 @@ private:
             array->push_back(std::move(*value));
         }
         return Value(array);
+    }
+
+    // The string up to a NUL character it may hold, as dictionary keys are read.
+    // libplist's copying getter would abort the process on such a string (a binary list
+    // can hold one).
+    static std::string stringText(plist_t node) {
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        return text ? std::string(text) : std::string();
     }
 
     static std::string ownedText(plist_t node, void (*get)(plist_t, char**)) {

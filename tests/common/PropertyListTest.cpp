@@ -46,5 +46,16 @@ TEST(PropertyList, EmptyTruncatedOrDeepListsAreRefused) {
     EXPECT_FALSE(parsePropertyList(xmlList(deep)));
 }
 
+TEST(PropertyList, ABinaryStringHoldingANulCharacterIsReadUpToIt) {
+    // One UTF-16 string object "a\0b", its offset, and the trailer: offsets and references
+    // one byte wide, one object, the top object 0, the offset table at byte 15.
+    std::string bytes = std::string("bplist00") + std::string("\x63\0a\0\0\0b", 7) + "\x08";
+    bytes += std::string(6, '\0') + "\x01\x01";
+    for (const char last : {'\x01', '\x00', '\x0f'}) bytes += std::string(7, '\0') + last;
+    const std::optional<Value> tree = parsePropertyList(bytes);
+    ASSERT_TRUE(tree);
+    EXPECT_EQ(*tree, Value("a"));
+}
+
 }  // namespace
 }  // namespace tov
