@@ -135,12 +135,15 @@ private:
         ObjectEntry entry;
         switch (kind) {
             case kData:
-            case kByteString:
                 if (length > available) return std::nullopt;
                 entry.payloadBytes = length;
                 return entry;
+            case kByteString:
+                if (length > available || holdsNul(position, length, 1)) return std::nullopt;
+                entry.payloadBytes = length;
+                return entry;
             case kTwoByteString:
-                if (length > available / 2) return std::nullopt;
+                if (length > available / 2 || holdsNul(position, length, 2)) return std::nullopt;
                 entry.payloadBytes = length * 4;
                 return entry;
             case kDictionary:
@@ -151,6 +154,15 @@ private:
                 if (length > available / table_.referenceWidth) return std::nullopt;
                 return readReferences(position, length);
         }
+    }
+
+    // Whether one of the count characters of width bytes at position is NUL: libplist
+    // aborts the process when it hands out such a string as a dictionary key.
+    bool holdsNul(std::uint64_t position, std::uint64_t count, std::uint64_t width) const {
+        for (std::uint64_t i = 0; i < count; ++i) {
+            if (bigEndian(table_.bytes, position + i * width, width) == 0) return true;
+        }
+        return false;
     }
 
     std::optional<ObjectEntry> readReferences(std::uint64_t position, std::uint64_t count) const {

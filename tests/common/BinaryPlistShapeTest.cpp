@@ -187,5 +187,23 @@ TEST(BinaryPlistShape, MalformedObjectsAreRefused) {
     EXPECT_FALSE(measureBinaryPlist(stringPastTheTable.bytes(), kGenerous));
 }
 
+TEST(BinaryPlistShape, AStringHoldingANulCharacterIsRefused) {
+    RawBinaryPlist byteKey;
+    byteKey.objects = {byteKey.container(kDictionary, {1, 2}), std::string("\x53" "a\0b", 4), kOne};
+    EXPECT_FALSE(measureBinaryPlist(byteKey.bytes(), kGenerous));
+
+    RawBinaryPlist twoByteKey;
+    twoByteKey.objects = {twoByteKey.container(kDictionary, {1, 2}), std::string("\x62\0a\0\0", 5), kOne};
+    EXPECT_FALSE(measureBinaryPlist(twoByteKey.bytes(), kGenerous));
+
+    RawBinaryPlist twoByteValue;
+    twoByteValue.objects = {twoByteValue.container(kArray, {1}), std::string("\x62\0a\0\0", 5)};
+    EXPECT_FALSE(measureBinaryPlist(twoByteValue.bytes(), kGenerous));
+
+    RawBinaryPlist zeroHighByte;
+    zeroHighByte.objects = {zeroHighByte.container(kDictionary, {1, 2}), std::string("\x62\0a\x01\0", 5), kOne};
+    EXPECT_TRUE(measureBinaryPlist(zeroHighByte.bytes(), kGenerous));
+}
+
 }  // namespace
 }  // namespace tov

@@ -46,15 +46,26 @@ TEST(PropertyList, EmptyTruncatedOrDeepListsAreRefused) {
     EXPECT_FALSE(parsePropertyList(xmlList(deep)));
 }
 
-TEST(PropertyList, ABinaryStringHoldingANulCharacterIsReadUpToIt) {
-    // One UTF-16 string object "a\0b", its offset, and the trailer: offsets and references
-    // one byte wide, one object, the top object 0, the offset table at byte 15.
-    std::string bytes = std::string("bplist00") + std::string("\x63\0a\0\0\0b", 7) + "\x08";
+TEST(PropertyList, AnXmlStringHoldingANulCharacterIsReadUpToIt) {
+    const std::optional<Value> tree =
+        parsePropertyList(xmlList(std::string("<array><string>a\0b</string></array>", 36)));
+    ASSERT_TRUE(tree && tree->isArray());
+    EXPECT_EQ(tree->array()->at(0), Value("a"));
+}
+
+TEST(PropertyList, ABinaryListWithAStringHoldingANulCharacterIsRefused) {
+    // A dictionary { "a\0b" (UTF-16): 1 }, the offsets of its three objects, and the
+    // trailer: offsets and references one byte wide, three objects, the top object 0,
+    // the offset table at byte 20.
+    std::string bytes = std::string("bplist00") + std::string("\xd1\x01\x02", 3) +
+                        std::string("\x63\0a\0\0\0b", 7) + std::string("\x10\x01", 2) + "\x08\x0b\x12";
     bytes += std::string(6, '\0') + "\x01\x01";
-    for (const char last : {'\x01', '\x00', '\x0f'}) bytes += std::string(7, '\0') + last;
+    for (const char last : {'\x03', '\x00', '\x14'}) bytes += std::string(7, '\0') + last;
+    EXPECT_FALSE(parsePropertyList(bytes));
+    bytes[15] = 'c';  // the same list with the key "acb" is read
     const std::optional<Value> tree = parsePropertyList(bytes);
-    ASSERT_TRUE(tree);
-    EXPECT_EQ(*tree, Value("a"));
+    ASSERT_TRUE(tree && tree->isDictionary());
+    EXPECT_EQ(tree->dictionary()->get("acb").toInt64(), 1);
 }
 
 }  // namespace
