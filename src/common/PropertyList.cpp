@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -69,7 +70,7 @@ public:
         switch (plist_get_node_type(node)) {
             case PLIST_DICT: return dictionaryOf(node);
             case PLIST_ARRAY: return arrayOf(node);
-            case PLIST_STRING: return Value(ownedText(node, plist_get_string_val));
+            case PLIST_STRING: return Value(stringText(node));
             case PLIST_KEY: return Value(ownedText(node, plist_get_key_val));
             case PLIST_BOOLEAN: return Value(booleanOf(node));
             case PLIST_UINT: return integerOf(node);
@@ -126,6 +127,15 @@ private:
         std::string result = text ? text : "";
         std::free(text);
         return result;
+    }
+
+    // A string's text up to its first NUL byte. libplist asserts (and so aborts) in
+    // plist_get_string_val when a string holds a NUL byte, so the text is read in place.
+    static std::string stringText(plist_t node) {
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        if (!text) return "";
+        return std::string(text, ::strnlen(text, static_cast<std::size_t>(length)));
     }
 
     static bool booleanOf(plist_t node) {

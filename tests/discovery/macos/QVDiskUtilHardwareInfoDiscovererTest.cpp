@@ -307,6 +307,14 @@ TEST_F(QVDiskUtilHardwareInfoDiscovererTest, ABinaryDiskListIsReadLikeAnXmlOne) 
               (Strings{"/Volumes/Backup"}));
 }
 
+TEST_F(QVDiskUtilHardwareInfoDiscovererTest, AVolumeNameHoldingANulByteIsReadUpToIt) {
+    const std::string list = diskList(listEntry("disk2", std::string("STI\0CK", 6), std::string("/Volumes/\0X", 11)));
+    const auto disks = disksOf(QVDiskUtilHardwareInfoDiscoverer::disksWithDiskUtilListPlistResponse(list));
+    ASSERT_EQ(disks.size(), 1u);
+    EXPECT_EQ(disks[0]->name(), "STI");
+    EXPECT_EQ(QVDiskUtilHardwareInfoDiscoverer::mountPathWithDiskUtilListPlistResponse(list), (Strings{"/Volumes/"}));
+}
+
 TEST_F(QVDiskUtilHardwareInfoDiscovererTest, AnEmptyListIsEmptyWithoutAnyLogLine) {
     EXPECT_TRUE(QVDiskUtilHardwareInfoDiscoverer::disksWithDiskUtilListPlistResponse("")->empty());
     EXPECT_TRUE(QVDiskUtilHardwareInfoDiscoverer::mountPathWithDiskUtilListPlistResponse("").empty());
