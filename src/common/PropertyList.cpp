@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -69,7 +70,7 @@ public:
         switch (plist_get_node_type(node)) {
             case PLIST_DICT: return dictionaryOf(node);
             case PLIST_ARRAY: return arrayOf(node);
-            case PLIST_STRING: return Value(ownedText(node, plist_get_string_val));
+            case PLIST_STRING: return Value(stringText(node));
             case PLIST_KEY: return Value(ownedText(node, plist_get_key_val));
             case PLIST_BOOLEAN: return Value(booleanOf(node));
             case PLIST_UINT: return integerOf(node);
@@ -118,6 +119,15 @@ private:
             array->push_back(std::move(*value));
         }
         return Value(array);
+    }
+
+    // The text up to its first zero byte. libplist's copying getter stops the process on
+    // a text that holds one, and the length it states for an XML text counts the bytes
+    // after the zero that its copy does not hold, so the copy is read only up to the zero.
+    static std::string stringText(plist_t node) {
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        return text ? std::string(text, strnlen(text, static_cast<std::size_t>(length))) : std::string();
     }
 
     static std::string ownedText(plist_t node, void (*get)(plist_t, char**)) {

@@ -37,6 +37,20 @@ TEST(PropertyList, XmlDictionaryKeepsKeyOrderAndKinds) {
     EXPECT_EQ(top->get("g").array()->at(0).toInt64(), 7);
 }
 
+TEST(PropertyList, ATextHoldingAZeroByteEndsAtIt) {
+    const char xml[] = "<plist version=\"1.0\"><dict><key>k</key><string>2\0\0" "3H420</string></dict></plist>";
+    const std::optional<Value> fromXml = parsePropertyList(std::string(xml, sizeof xml - 1));
+    ASSERT_TRUE(fromXml && fromXml->isDictionary());
+    EXPECT_EQ(fromXml->dictionary()->get("k"), Value("2"));
+    // bplist00, the ASCII string "a\0b" at offset 8, a one-entry offset table at 12 and
+    // the trailer: offsets and references of one byte, one object, top object 0.
+    const char binary[] = "bplist00" "\x53" "a\0b" "\x08"
+                          "\0\0\0\0\0\0" "\x01\x01" "\0\0\0\0\0\0\0\x01" "\0\0\0\0\0\0\0\0" "\0\0\0\0\0\0\0\x0c";
+    const std::optional<Value> fromBinary = parsePropertyList(std::string(binary, sizeof binary - 1));
+    ASSERT_TRUE(fromBinary);
+    EXPECT_EQ(*fromBinary, Value("a"));
+}
+
 TEST(PropertyList, EmptyTruncatedOrDeepListsAreRefused) {
     EXPECT_FALSE(parsePropertyList(""));
     EXPECT_FALSE(parsePropertyList(xmlList("<dict><key>a</key><string>x")));
