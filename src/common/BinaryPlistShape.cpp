@@ -140,7 +140,7 @@ private:
                 entry.payloadBytes = length;
                 return entry;
             case kTwoByteString:
-                if (length > available / 2) return std::nullopt;
+                if (length > available / 2 || holdsZeroCharacter(position, length)) return std::nullopt;
                 entry.payloadBytes = length * 4;
                 return entry;
             case kDictionary:
@@ -151,6 +151,18 @@ private:
                 if (length > available / table_.referenceWidth) return std::nullopt;
                 return readReferences(position, length);
         }
+    }
+
+    // libplist stops the process when it hands over a dictionary key whose two-byte text
+    // holds U+0000 (its stated length then differs from the C text's), so such a text is
+    // refused wherever it stands.
+    bool holdsZeroCharacter(std::uint64_t position, std::uint64_t length) const {
+        for (std::uint64_t i = 0; i < length; ++i) {
+            if (byteAt(table_.bytes, position + 2 * i) == 0 && byteAt(table_.bytes, position + 2 * i + 1) == 0) {
+                return true;
+            }
+        }
+        return false;
     }
 
     std::optional<ObjectEntry> readReferences(std::uint64_t position, std::uint64_t count) const {

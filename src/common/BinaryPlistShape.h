@@ -26,7 +26,8 @@ struct BinaryPlistShape {
 // The shape of the binary property list in bytes. Nothing when the bytes are not a
 // well-formed "bplist00" object table (bad trailer, offsets or references wider than 8
 // bytes, lengths in other than 1, 2, 4 or 8 bytes, an offset or reference out of range, a container running past the table), when an
-// object contains itself, or when any measure exceeds its limit.
+// object contains itself, when a two-byte string holds the character U+0000, or when any
+// measure exceeds its limit.
 std::optional<BinaryPlistShape> measureBinaryPlist(std::string_view bytes, const BinaryPlistShape& limits);
 
 }  // namespace tov

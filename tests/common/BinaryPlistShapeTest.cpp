@@ -87,6 +87,15 @@ TEST(BinaryPlistShape, TwoByteStringCountsFourBytesACharacter) {
     EXPECT_EQ(shape->payloadBytes, 8u);
 }
 
+TEST(BinaryPlistShape, ATwoByteStringHoldingTheZeroCharacterIsRefused) {
+    RawBinaryPlist plist;
+    plist.objects = {plist.container(kDictionary, {1, 2}), std::string("\x62\x00\x61\x00\x00", 5), kOne};
+    EXPECT_FALSE(measureBinaryPlist(plist.bytes(), kGenerous));
+    // U+0100 and U+0061 hold zero bytes but no zero character.
+    plist.objects[1] = std::string("\x62\x01\x00\x00\x61", 5);
+    EXPECT_TRUE(measureBinaryPlist(plist.bytes(), kGenerous));
+}
+
 TEST(BinaryPlistShape, OffsetsAndReferencesOfThreeBytesAreRead) {
     RawBinaryPlist plist = sharedString();
     plist.offsetWidth = 3;

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "support/HandBuiltArchive.h"
+
 namespace tov {
 namespace {
 
@@ -49,6 +51,16 @@ TEST(PropertyList, ATextHoldingAZeroByteEndsAtIt) {
     const std::optional<Value> fromBinary = parsePropertyList(std::string(binary, sizeof binary - 1));
     ASSERT_TRUE(fromBinary);
     EXPECT_EQ(*fromBinary, Value("a"));
+}
+
+TEST(PropertyList, ABinaryKeyHoldingTheZeroCharacterIsRefused) {
+    testing::RawBinaryPlist plist;
+    plist.objects = {plist.container(0xD, {1, 2}), std::string("\x62\x00\x61\x00\x00", 5), "\x51v"};
+    EXPECT_EQ(parsePropertyList(plist.bytes()), std::nullopt);
+    plist.objects[1] = std::string("\x62\x00\x61\x00\x62", 5);
+    const std::optional<Value> tree = parsePropertyList(plist.bytes());
+    ASSERT_TRUE(tree && tree->isDictionary());
+    EXPECT_EQ(tree->dictionary()->get("ab"), Value("v"));
 }
 
 TEST(PropertyList, EmptyTruncatedOrDeepListsAreRefused) {
