@@ -1,6 +1,8 @@
 #include "discovery/macos/QVOSSystemInfoDiscoverer.h"
 
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "common/PropertyList.h"
 #include "common/QVSLogger.h"

@@ -7,6 +7,7 @@
 
 #include "OSSectionMachine.h"
 #include "discovery/SystemFacts.h"
+#include "support/HandBuiltArchive.h"
 #include "support/MemorySystemSource.h"
 #include "support/TemporaryRootTest.h"
 
@@ -427,6 +428,20 @@ TEST_F(QVOSSystemInfoMissingValue, ACorruptPreferencesFileEndsTheSectionAtUserLo
                      "no locale for \"anna\" (/Users/anna/Library/Preferences/.GlobalPreferences.plist has no "
                      "\"AppleLocale\" text, or the current locale has no identifier).");
     }
+}
+
+TEST_F(QVOSSystemInfoMissingValue, APreferencesKeyHoldingTheZeroCharacterEndsTheSectionAtUserLocale) {
+    // The user writes this file; a key of "AppleLocale" followed by U+0000 is refused whole.
+    testing::RawBinaryPlist preferences;
+    std::string key = "\x6c";
+    for (char character : std::string("AppleLocale")) key += std::string(1, '\0') + character;
+    key += std::string(2, '\0');
+    preferences.objects = {preferences.container(0xD, {1, 2}), key, "\x55" "de_CH"};
+    auto source = annasMacBook();
+    source->file(kAnnaPreferences, preferences.bytes());
+    expectEndsAt(source, 10,
+                 "no locale for \"anna\" (/Users/anna/Library/Preferences/.GlobalPreferences.plist has no "
+                 "\"AppleLocale\" text, or the current locale has no identifier).");
 }
 
 TEST_F(QVOSSystemInfoMissingValue, NoCurrentLocaleForNobodyAtTheConsoleEndsTheSectionAtUserLocale) {
