@@ -17,6 +17,12 @@
 #include "discovery/linux/LinuxSoundDiscoverer.h"
 #include "discovery/linux/LinuxSysCtlDiscoverer.h"
 #include "discovery/linux/LinuxVolumeDiscoverer.h"
+#include "discovery/macos/QVCoreAudioHardwareDiscoverer.h"
+#include "discovery/macos/QVCoreFoundationDiscoverer.h"
+#include "discovery/macos/QVDiskUtilHardwareInfoDiscoverer.h"
+#include "discovery/macos/QVIOKitHardwareInfoDiscoverer.h"
+#include "discovery/macos/QVOSSystemInfoDiscoverer.h"
+#include "discovery/macos/QVSysCtlHardwareInfoDiscoverer.h"
 #include "platform/LiveSystemSource.h"
 
 namespace tov {
@@ -58,25 +64,44 @@ std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::inventoryDiscoverer
 
 std::unique_ptr<QVDiskDiscoverer> QVDiscovererFactory::diskDiscovererOf(const char* section) {
     const std::string name = section;
-    if (readsLinux() && name == kIOKitSection) return std::make_unique<LinuxDeviceDiscoverer>(source_, hardwareIds());
-    if (readsLinux() && name == kDiskUtilSection) return std::make_unique<LinuxVolumeDiscoverer>(source_);
+    if (name == kIOKitSection) {
+        if (readsLinux()) return std::make_unique<LinuxDeviceDiscoverer>(source_, hardwareIds());
+        return std::make_unique<QVIOKitHardwareInfoDiscoverer>(source_);
+    }
+    if (name == kDiskUtilSection) {
+        if (readsLinux()) return std::make_unique<LinuxVolumeDiscoverer>(source_);
+        return std::make_unique<QVDiskUtilHardwareInfoDiscoverer>(source_);
+    }
     return std::make_unique<QVEmptySectionDiscoverer>(section);
 }
 
 std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::discovererOf(const char* section) {
     const std::string name = section;
-    if (readsLinux() && name == kOperatingSystemsSection) {
-        return std::make_unique<LinuxOperatingSystemDiscoverer>(source_);
-    }
-    if (readsLinux() && name == kCoreFoundationSection) return std::make_unique<LinuxCoreFoundationDiscoverer>(source_);
-    if (readsLinux() && name == kSysCtlSection) return std::make_unique<LinuxSysCtlDiscoverer>(source_, options_.clock);
     if (name == kEventsSection) {
         return std::make_unique<QVIPInfoDiscoverer>(
             source_, QVIPInfoDiscoverer::Options{interfacePrefixes(), options_.publicIpUrl, options_.persistAddresses});
     }
     if (name == kAppKitSection) return std::make_unique<QVAppKitHardwareInfoDiscoverer>(source_);
-    if (readsLinux() && name == kCoreAudioSection) return std::make_unique<LinuxSoundDiscoverer>(source_, hardwareIds());
+    if (std::unique_ptr<QVSystemInfoDiscoverer> discoverer = readsLinux() ? linuxDiscovererOf(name) : macDiscovererOf(name)) {
+        return discoverer;
+    }
     return diskDiscovererOf(section);
+}
+
+std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::linuxDiscovererOf(const std::string& section) {
+    if (section == kOperatingSystemsSection) return std::make_unique<LinuxOperatingSystemDiscoverer>(source_);
+    if (section == kCoreFoundationSection) return std::make_unique<LinuxCoreFoundationDiscoverer>(source_);
+    if (section == kSysCtlSection) return std::make_unique<LinuxSysCtlDiscoverer>(source_, options_.clock);
+    if (section == kCoreAudioSection) return std::make_unique<LinuxSoundDiscoverer>(source_, hardwareIds());
+    return nullptr;
+}
+
+std::unique_ptr<QVSystemInfoDiscoverer> QVDiscovererFactory::macDiscovererOf(const std::string& section) {
+    if (section == kOperatingSystemsSection) return std::make_unique<QVOSSystemInfoDiscoverer>(source_);
+    if (section == kCoreFoundationSection) return std::make_unique<QVCoreFoundationDiscoverer>(source_);
+    if (section == kSysCtlSection) return std::make_unique<QVSysCtlHardwareInfoDiscoverer>(source_);
+    if (section == kCoreAudioSection) return std::make_unique<QVCoreAudioHardwareDiscoverer>(source_);
+    return nullptr;
 }
 
 std::vector<std::unique_ptr<QVSystemInfoDiscoverer>> QVDiscovererFactory::sectionDiscoverers() {
@@ -107,7 +132,10 @@ void QVDiscovererFactory::releaseVendorList() { QVIOKitUsbHardwareVendorList::re
 
 QVDiscovererFactory::ConsoleUser QVDiscovererFactory::currentHumanUsername() {
     ConsoleUser user;
-    if (!readsLinux()) return user;
+    if (!readsLinux()) {
+        user.name = QVOSSystemInfoDiscoverer::currentHumanUsername(*source_);
+        return user;
+    }
     const DictionaryRef seat = source_->fact(facts::kConsoleUser, kConsoleSeat).dictionary();
     user.machineHasConsole = seat && seat->get("seat").toBool();
     user.name = linuxConsoleUser(*source_);
@@ -115,12 +143,15 @@ QVDiscovererFactory::ConsoleUser QVDiscovererFactory::currentHumanUsername() {
 }
 
 std::vector<std::string> QVDiscovererFactory::volumeMountPaths() {
-    if (!readsLinux()) return {};
+    if (!readsLinux()) {
+        return QVDiskUtilHardwareInfoDiscoverer::mountPathWithDiskUtilListPlistResponse(
+            QVDiskUtilHardwareInfoDiscoverer::diskListPlistResponse(*source_));
+    }
     return LinuxMountedVolume::blockDeviceMountPaths(*source_);
 }
 
 DictionaryRef QVDiscovererFactory::volumeInfoForMountPath(const std::string& mountPath) {
-    if (!readsLinux()) return nullptr;
+    if (!readsLinux()) return QVDiskUtilHardwareInfoDiscoverer::infoPlistForMountPath(*source_, mountPath);
     return LinuxMountedVolume::infoForMountPath(*source_, mountPath);
 }
 

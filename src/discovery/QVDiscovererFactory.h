@@ -78,6 +78,9 @@ private:
     bool readsLinux() const;
     std::vector<std::string> interfacePrefixes() const;
     std::unique_ptr<QVSystemInfoDiscoverer> discovererOf(const char* section);
+    // The platform's own discoverer of a section that is not shared, or null.
+    std::unique_ptr<QVSystemInfoDiscoverer> linuxDiscovererOf(const std::string& section);
+    std::unique_ptr<QVSystemInfoDiscoverer> macDiscovererOf(const std::string& section);
     std::unique_ptr<QVDiskDiscoverer> diskDiscovererOf(const char* section);
     // The id names shared by the discoverers alive at the same time (those of one scan):
     // the databases are read once per scan and given back when its discoverers go away.

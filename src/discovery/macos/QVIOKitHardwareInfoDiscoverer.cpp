@@ -10,6 +10,7 @@
 #include "discovery/macos/RegistryInputDevices.h"
 #include "discovery/macos/RegistryNetworkAdapters.h"
 #include "discovery/macos/RegistrySerialNumber.h"
+#include "discovery/macos/SystemProfilerDevices.h"
 
 namespace tov {
 
@@ -19,11 +20,14 @@ QVIOKitHardwareInfoDiscoverer::QVIOKitHardwareInfoDiscoverer(std::shared_ptr<Sys
 DictionaryRef QVIOKitHardwareInfoDiscoverer::discoverInfo() {
     DictionaryRef section = makeDictionary();
     section->set(kSerialNumbersKey, discoverSerialNumbers());
+    section->set(kDisplaysKey, discoverDisplays());
     section->set(kKeyboardsKey, discoverKeyboards());
     section->set(kPointingDevicesKey, discoverPointingDevices());
     section->set(kBatteriesKey, discoverBatteries());
     section->set(kDisksKey, discoverDisks());
     section->set(kNetworkAdaptersKey, discoverNetworkAdapters());
+    section->set(kCameraKey, discoverCameras());
+    section->set(kMemoryKey, discoverMemories());
     return section;
 }
 
@@ -36,6 +40,8 @@ ArrayRef QVIOKitHardwareInfoDiscoverer::discoverSerialNumbers() {
     }
     return serials;
 }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverDisplays() { return displaysFromSystemProfiler(*source_); }
 
 ArrayRef QVIOKitHardwareInfoDiscoverer::discoverKeyboards() { return keyboardsFromRegistry(*source_); }
 
@@ -54,5 +60,9 @@ ArrayRef QVIOKitHardwareInfoDiscoverer::discoverNetworkAdapters() {
         QVSWiFiInterfaceFactory::wiFiInterface(mockWiFi_, [&source] { return macWiFiInterfaces(source); });
     return networkAdaptersFromRegistry(source, *wiFiInterface);
 }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverCameras() { return camerasFromSystemProfiler(*source_); }
+
+ArrayRef QVIOKitHardwareInfoDiscoverer::discoverMemories() { return memoryModulesFromSystemProfiler(*source_); }
 
 }  // namespace tov

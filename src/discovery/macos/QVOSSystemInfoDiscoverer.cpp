@@ -13,6 +13,7 @@
 #include "discovery/macos/FollowedPath.h"
 #include "discovery/macos/MacSystemVersion.h"
 #include "discovery/macos/QVIOKitHardwareInfoDiscoverer.h"
+#include "discovery/macos/QuerySysCTL.h"
 
 namespace tov {
 namespace {
@@ -38,12 +39,6 @@ std::optional<std::string> factText(SystemSource& source, const char* name, cons
 }
 
 // A text kernel parameter, as the kernel gives it.
-std::optional<std::string> kernelParameterText(SystemSource& source, const char* name) {
-    const Value value = source.fact(facts::kSysctl, name);
-    if (!value.string()) return std::nullopt;
-    return *value.string();
-}
-
 std::optional<std::string> volumeIdentifier(SystemSource& source, const std::string& path) {
     return factText(source, facts::kVolumeIdentifier, path, "identifier");
 }
@@ -131,7 +126,7 @@ bool QVOSSystemInfoDiscoverer::discoverRelease(SystemSource& source, Dictionary&
 // systemType to systemIntegrityProtectionStatus.
 bool QVOSSystemInfoDiscoverer::discoverMachine(SystemSource& source, Dictionary& section,
                                                const std::string& consoleUser) {
-    if (!store(section, kSystemTypeKey, kernelParameterText(source, "hw.machine"),
+    if (!store(section, kSystemTypeKey, QuerySysCTL(source, "hw.machine"),
                "the kernel parameter hw.machine cannot be read.")) {
         return false;
     }
@@ -149,7 +144,7 @@ bool QVOSSystemInfoDiscoverer::discoverMachine(SystemSource& source, Dictionary&
                                          " has no \"AppleLocale\" text, or the current locale has no identifier).")) {
         return false;
     }
-    if (!store(section, kSystemModelKey, kernelParameterText(source, "hw.model"),
+    if (!store(section, kSystemModelKey, QuerySysCTL(source, "hw.model"),
                "the kernel parameter hw.model cannot be read.")) {
         return false;
     }
