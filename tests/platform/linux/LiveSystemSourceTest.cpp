@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "common/PropertyList.h"
 #include "support/TestFolder.h"
 
 namespace tov {
@@ -87,6 +88,26 @@ TEST(LiveSystemSource, AHungToolIsEndedAfterTheTimeLimit) {
     EXPECT_EQ(source.runTool({"/bin/echo", "a b"}), "a b\n");
     EXPECT_FALSE(source.runTool({"echo", "not a path"}));
     EXPECT_FALSE(source.runTool({}));
+}
+
+// A tool such as the system profiler prints warnings on standard error while its report
+// goes to standard output: only the report reaches the parser.
+TEST(LiveSystemSource, WarningsOnStandardErrorStayOutOfTheOutput) {
+    TestFolder folder;
+    const std::string tool = folder.write(
+        "profiler",
+        "#!/bin/sh\n"
+        "echo '2026-01-15 12:00:00.000 system_profiler[4242:1] warning: no SPCameraDataType plug-in' >&2\n"
+        "printf '<plist version=\"1.0\"><array><dict><key>_items</key><array/></dict></array></plist>'\n"
+        "echo 'another warning' >&2\n");
+    ASSERT_EQ(::chmod(tool.c_str(), 0700), 0);
+    LiveSystemSource source;
+    const std::optional<std::string> output = source.runTool({tool, "-xml", "SPCameraDataType"});
+    ASSERT_TRUE(output);
+    EXPECT_EQ(output->find("warning"), std::string::npos);
+    const std::optional<Value> report = parsePropertyList(*output);
+    ASSERT_TRUE(report && report->array());
+    ASSERT_EQ(report->array()->size(), 1u);
 }
 
 }  // namespace
