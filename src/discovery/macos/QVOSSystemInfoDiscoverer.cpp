@@ -38,7 +38,7 @@ std::optional<std::string> factText(SystemSource& source, const char* name, cons
     return textIn(source.fact(name, key).dictionary(), field);
 }
 
-// A text kernel parameter, as the kernel gives it.
+// The text that identifies the volume holding path; nothing when it cannot be read.
 std::optional<std::string> volumeIdentifier(SystemSource& source, const std::string& path) {
     return factText(source, facts::kVolumeIdentifier, path, "identifier");
 }
