@@ -2,7 +2,9 @@
 // report: the macOS discoverers run here, on Linux, over the capture, and what they read
 // from it (printers, interface addresses) reaches the printed document.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <optional>
@@ -14,7 +16,29 @@
 namespace tov {
 namespace {
 
-const std::string kMiniCapture = (std::filesystem::path(TOV_TEST_FIXTURES) / "macos" / "mac-mini-peripherals").string();
+const std::string kMiniCaptureFolder =
+    (std::filesystem::path(TOV_TEST_FIXTURES) / "macos" / "mac-mini-peripherals").string();
+
+// The capture folder held open across the private namespace, whose empty /tmp would hide
+// a checkout under /tmp: tov inherits the descriptor and reads the folder through it.
+class OpenCapture {
+public:
+    OpenCapture() : descriptor_(::open(kMiniCaptureFolder.c_str(), O_RDONLY | O_DIRECTORY)) {}
+    ~OpenCapture() {
+        if (descriptor_ != -1) ::close(descriptor_);
+    }
+    OpenCapture(const OpenCapture&) = delete;
+    OpenCapture& operator=(const OpenCapture&) = delete;
+    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_) + "/."; }
+
+private:
+    int descriptor_;
+};
+
+const OpenCapture& miniCapture() {
+    static const OpenCapture capture;
+    return capture;
+}
 
 class ReplayMacCapture : public ::testing::Test {
 protected:
@@ -35,7 +59,8 @@ protected:
 };
 
 TEST_F(ReplayMacCapture, PrintsTheRecordedMacsReport) {
-    const testing::ChildResult result = replay({"-p", "-replay", kMiniCapture});
+    const std::string capture = miniCapture().path();
+    const testing::ChildResult result = replay({"-p", "-replay", capture});
     ASSERT_EQ(result.exitCode, 0) << result.output;
     const DictionaryRef inventory = inventoryOf(result.output);
     ASSERT_TRUE(inventory) << result.output;
@@ -54,8 +79,9 @@ TEST_F(ReplayMacCapture, PrintsTheRecordedMacsReport) {
 }
 
 TEST_F(ReplayMacCapture, JoinedFolderArgumentIsTheSameReplay) {
-    const testing::ChildResult separate = replay({"-p", "-replay", kMiniCapture});
-    const testing::ChildResult joined = replay({"-p", "-replay=" + kMiniCapture});
+    const std::string capture = miniCapture().path();
+    const testing::ChildResult separate = replay({"-p", "-replay", capture});
+    const testing::ChildResult joined = replay({"-p", "-replay=" + capture});
     ASSERT_EQ(separate.exitCode, 0);
     ASSERT_EQ(joined.exitCode, 0);
     const DictionaryRef first = inventoryOf(separate.output);
