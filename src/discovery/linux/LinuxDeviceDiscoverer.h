@@ -8,24 +8,14 @@
 #include <memory>
 
 #include "discovery/QVSystemInfoDiscoverer.h"
+#include "discovery/SectionKeys.h"
 #include "discovery/SystemSource.h"
 #include "discovery/formats/HardwareIds.h"
 
 namespace tov {
 
-class LinuxDeviceDiscoverer : public QVDiskDiscoverer {
+class LinuxDeviceDiscoverer : public QVDiskDiscoverer, public IOKitSectionKeys {
 public:
-    static constexpr const char* kSerialNumbersKey = "serialNumbers";
-    static constexpr const char* kSerialNumberKey = "serialNumber";
-    static constexpr const char* kDisplaysKey = "displays";
-    static constexpr const char* kKeyboardsKey = "keyboards";
-    static constexpr const char* kPointingDevicesKey = "pointingDevices";
-    static constexpr const char* kBatteriesKey = "batteries";
-    static constexpr const char* kDisksKey = "disks";
-    static constexpr const char* kNetworkAdaptersKey = "networkAdapters";
-    static constexpr const char* kCameraKey = "camera";
-    static constexpr const char* kMemoryKey = "memory";
-
     LinuxDeviceDiscoverer(std::shared_ptr<SystemSource> source, std::shared_ptr<HardwareIds> hardwareIds);
 
     std::string sourceName() const override { return "iokit"; }

@@ -11,28 +11,14 @@
 #include <string>
 
 #include "discovery/QVSystemInfoDiscoverer.h"
+#include "discovery/SectionKeys.h"
 #include "discovery/SystemSource.h"
 #include "discovery/linux/LinuxKeyValueFiles.h"
 
 namespace tov {
 
-class LinuxOperatingSystemDiscoverer : public QVSystemInfoDiscoverer {
+class LinuxOperatingSystemDiscoverer : public QVSystemInfoDiscoverer, public OperatingSystemsSectionKeys {
 public:
-    static constexpr const char* kOsNameKey = "osName";
-    static constexpr const char* kSystemManufacturerKey = "systemManufacturer";
-    static constexpr const char* kOsManufacturerKey = "osManufacturer";
-    static constexpr const char* kDomainKey = "domain";
-    static constexpr const char* kOsVersionKey = "osVersion";
-    static constexpr const char* kSystemTypeKey = "systemType";
-    static constexpr const char* kSystemNameKey = "systemName";
-    static constexpr const char* kUsernameKey = "username";
-    static constexpr const char* kBootDeviceKey = "bootDevice";
-    static constexpr const char* kSystemDirectoryKey = "systemDirectory";
-    static constexpr const char* kUserLocaleKey = "userLocale";
-    static constexpr const char* kSystemModelKey = "systemModel";
-    static constexpr const char* kSystemIntegrityProtectionStatusKey = "systemIntegrityProtectionStatus";
-    static constexpr const char* kSerialNumberKey = "serialNumber";
-
     explicit LinuxOperatingSystemDiscoverer(std::shared_ptr<SystemSource> source);
 
     std::string sourceName() const override { return "operatingSystems"; }

@@ -9,23 +9,14 @@
 
 #include "discovery/QVSWiFiInterface.h"
 #include "discovery/QVSystemInfoDiscoverer.h"
+#include "discovery/SectionKeys.h"
 #include "discovery/SystemSource.h"
 
 namespace tov {
 
-class QVIOKitHardwareInfoDiscoverer : public QVDiskDiscoverer {
+class QVIOKitHardwareInfoDiscoverer : public QVDiskDiscoverer, public IOKitSectionKeys {
 public:
     static constexpr const char* kSourceName = "iokit";
-    static constexpr const char* kSerialNumbersKey = "serialNumbers";
-    static constexpr const char* kSerialNumberKey = "serialNumber";
-    static constexpr const char* kDisplaysKey = "displays";
-    static constexpr const char* kKeyboardsKey = "keyboards";
-    static constexpr const char* kPointingDevicesKey = "pointingDevices";
-    static constexpr const char* kBatteriesKey = "batteries";
-    static constexpr const char* kDisksKey = "disks";
-    static constexpr const char* kNetworkAdaptersKey = "networkAdapters";
-    static constexpr const char* kCameraKey = "camera";
-    static constexpr const char* kMemoryKey = "memory";
 
     // mockWiFi hands every network adapter the mock Wi-Fi interface's network name; the
     // daemon always asks the system's own interface.

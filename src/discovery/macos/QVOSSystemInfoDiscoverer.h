@@ -13,27 +13,14 @@
 #include <utility>
 
 #include "discovery/QVSystemInfoDiscoverer.h"
+#include "discovery/SectionKeys.h"
 #include "discovery/SystemSource.h"
 
 namespace tov {
 
-class QVOSSystemInfoDiscoverer : public QVSystemInfoDiscoverer {
+class QVOSSystemInfoDiscoverer : public QVSystemInfoDiscoverer, public OperatingSystemsSectionKeys {
 public:
     static constexpr const char* kSourceName = "operatingSystems";
-    static constexpr const char* kOsNameKey = "osName";
-    static constexpr const char* kSystemManufacturerKey = "systemManufacturer";
-    static constexpr const char* kOsManufacturerKey = "osManufacturer";
-    static constexpr const char* kDomainKey = "domain";
-    static constexpr const char* kOsVersionKey = "osVersion";
-    static constexpr const char* kSystemTypeKey = "systemType";
-    static constexpr const char* kSystemNameKey = "systemName";
-    static constexpr const char* kUsernameKey = "username";
-    static constexpr const char* kBootDeviceKey = "bootDevice";
-    static constexpr const char* kSystemDirectoryKey = "systemDirectory";
-    static constexpr const char* kUserLocaleKey = "userLocale";
-    static constexpr const char* kSystemModelKey = "systemModel";
-    static constexpr const char* kSystemIntegrityProtectionStatusKey = "systemIntegrityProtectionStatus";
-    static constexpr const char* kSerialNumberKey = "serialNumber";
 
     explicit QVOSSystemInfoDiscoverer(std::shared_ptr<SystemSource> source);
 
