@@ -323,7 +323,8 @@ TEST(QVOSSystemInfoDiscoverer, WithoutARegistrySerialNumberTheSectionHasNoSerial
 }
 
 TEST(QVOSSystemInfoDiscoverer, EveryValueIsText) {
-    for (const auto& [key, value] : *discover(annasMacBook())) EXPECT_TRUE(value.isString()) << key;
+    const DictionaryRef section = discover(annasMacBook());
+    for (const auto& [key, value] : *section) EXPECT_TRUE(value.isString()) << key;
 }
 
 // A value that cannot be found ends the section at its key, with a warning.
