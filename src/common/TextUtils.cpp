@@ -84,6 +84,21 @@ bool hasPrefix(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
+bool hasSuffix(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+std::vector<std::string_view> splitAt(std::string_view text, char separator) {
+    std::vector<std::string_view> pieces;
+    std::size_t start = 0;
+    for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator, start)) {
+        pieces.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    pieces.push_back(text.substr(start));
+    return pieces;
+}
+
 std::int64_t leadingIntegerValue(std::string_view text) {
     const std::string terminated(text);
     return std::strtoll(terminated.c_str(), nullptr, 10);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tov {
 
@@ -22,6 +23,11 @@ std::string asciiUppercase(std::string text);
 // ASCII case-insensitive comparison of whole strings.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 bool hasPrefix(std::string_view text, std::string_view prefix);
+bool hasSuffix(std::string_view text, std::string_view suffix);
+
+// The pieces of text between the separators, empty ones included: "a::b" gives "a", ""
+// and "b", and "" gives one empty piece. The pieces point into text.
+std::vector<std::string_view> splitAt(std::string_view text, char separator);
 
 // The leading integer of text as C's strtoll reads it: white space and a sign are
 // accepted, anything after the digits is ignored, text without digits gives 0.

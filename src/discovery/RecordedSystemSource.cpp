@@ -63,10 +63,6 @@ std::optional<std::vector<std::string>> readArguments(const std::string& path) {
     return arguments;
 }
 
-bool hasSuffix(const std::string& text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
 }  // namespace
 
 std::unique_ptr<RecordedSystemSource> RecordedSystemSource::open(const std::string& folder) {

@@ -5,6 +5,7 @@
 
 #include "common/PrintableText.h"
 #include "common/QVSLogger.h"
+#include "common/TextUtils.h"
 #include "discovery/linux/LinuxKeyValueFiles.h"
 
 namespace tov {
@@ -16,17 +17,6 @@ constexpr const char* kUserLocaleFile = "/.config/locale.conf";
 constexpr const char* kLanguageKey = "LANG";
 constexpr const char* kDefaultLocale = "C";
 constexpr std::size_t kHomeField = 5;
-
-std::vector<std::string_view> passwdFields(std::string_view line) {
-    std::vector<std::string_view> fields;
-    std::size_t start = 0;
-    for (std::size_t colon = line.find(':'); colon != std::string_view::npos; colon = line.find(':', start)) {
-        fields.push_back(line.substr(start, colon - start));
-        start = colon + 1;
-    }
-    fields.push_back(line.substr(start));
-    return fields;
-}
 
 std::optional<std::string> homeFolderOf(SystemSource& source, const std::string& username) {
     const std::optional<std::string> passwd = source.readFile(kPasswdPath, kPasswdReadLimit);
@@ -58,7 +48,7 @@ std::string localeWithoutEncoding(std::string_view locale) {
 std::optional<std::string> homeFolderInPasswd(std::string_view passwd, std::string_view username) {
     while (!passwd.empty()) {
         const std::size_t end = std::min(passwd.find('\n'), passwd.size());
-        const std::vector<std::string_view> fields = passwdFields(passwd.substr(0, end));
+        const std::vector<std::string_view> fields = splitAt(passwd.substr(0, end), ':');
         passwd.remove_prefix(std::min(end + 1, passwd.size()));
         if (fields.size() > kHomeField && fields[0] == username) return std::string(fields[kHomeField]);
     }

@@ -11,17 +11,6 @@ namespace {
 constexpr int kMaximumBarCuts = 10;
 constexpr std::size_t kMinimumLineCount = 3;
 
-std::vector<std::string_view> linesOf(std::string_view text) {
-    std::vector<std::string_view> lines;
-    std::size_t start = 0;
-    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', start)) {
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    lines.push_back(text.substr(start));
-    return lines;
-}
-
 bool contains(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
 
 bool startsBlock(std::string_view line, CoreStorageVolumeKind kind) {
@@ -80,7 +69,7 @@ std::optional<std::uint64_t> firstDigitRun(std::string_view text) {
 
 std::vector<std::shared_ptr<QVDiskUtilDisk>> coreStorageVolumes(std::string_view listing, CoreStorageVolumeKind kind) {
     std::vector<std::shared_ptr<QVDiskUtilDisk>> volumes;
-    const std::vector<std::string_view> lines = linesOf(listing);
+    const std::vector<std::string_view> lines = splitAt(listing, '\n');
     if (listing.empty() || lines.size() < kMinimumLineCount) return volumes;
     std::shared_ptr<QVDiskUtilDisk> current;
     for (std::size_t index = 1; index < lines.size(); ++index) {

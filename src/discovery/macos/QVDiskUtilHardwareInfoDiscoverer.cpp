@@ -21,17 +21,6 @@ std::string outputOf(SystemSource& source, const std::vector<std::string>& argv)
     return source.runTool(argv).value_or("");
 }
 
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    lines.push_back(text.substr(start));
-    return lines;
-}
-
 // The property list's top dictionary; null when the text is no property list or its top
 // is something else.
 DictionaryRef parsedDictionary(const std::string& text) {
@@ -197,10 +186,9 @@ DictionaryRef QVDiskUtilHardwareInfoDiscoverer::infoPlistForMountPath(SystemSour
 std::optional<std::string> QVDiskUtilHardwareInfoDiscoverer::getCurrentOSDiskId(SystemSource& source) {
     const std::optional<std::string> output = source.runTool({kDfPath, "/"});
     if (!output) return std::nullopt;
-    const std::vector<std::string> lines = linesOf(*output);
+    const std::vector<std::string_view> lines = splitAt(*output, '\n');
     if (lines.size() < kMinimumDfLineCount) return std::nullopt;
-    const std::string& line = lines[1];
-    const std::string firstPiece = line.substr(0, line.find(' '));
+    const std::string firstPiece(lines[1].substr(0, lines[1].find(' ')));
     return trimWhitespaceAndNewlines(lastPathComponent(firstPiece));
 }
 
@@ -241,7 +229,7 @@ ArrayRef QVDiskUtilHardwareInfoDiscoverer::disksWithDiskUtilCSListResponse(const
 std::vector<std::string> QVDiskUtilHardwareInfoDiscoverer::parseSystemSetupListStartupDisksResponse(
     const std::string& response) {
     std::vector<std::string> mountPaths;
-    for (const std::string& line : linesOf(response)) {
+    for (const std::string_view line : splitAt(response, '\n')) {
         const std::string trimmed = trimWhitespaceAndNewlines(line);
         if (hasPrefix(trimmed, "/")) mountPaths.push_back(withoutOccurrences(trimmed, kCoreServicesFolder));
     }

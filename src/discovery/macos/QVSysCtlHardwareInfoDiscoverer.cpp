@@ -71,20 +71,13 @@ void storeCount(Dictionary& dictionary, const char* key, const std::vector<std::
     }
 }
 
-std::vector<std::string> nonEmptyComponents(const std::string& text, char separator) {
+// The pieces of text between the separators, the empty ones left out.
+std::vector<std::string> nonEmptyComponents(std::string_view text, char separator) {
     std::vector<std::string> components;
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t end = text.find(separator, start);
-        const std::string component = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        if (!component.empty()) components.push_back(component);
-        if (end == std::string::npos) return components;
-        start = end + 1;
+    for (const std::string_view piece : splitAt(text, separator)) {
+        if (!piece.empty()) components.emplace_back(piece);
     }
-}
-
-bool endsWith(const std::string& text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+    return components;
 }
 
 // The text before the first unit, searched for in upper case only; nothing when the
@@ -214,8 +207,8 @@ std::optional<std::string> QVSysCtlHardwareInfoDiscoverer::getKBValueFromSizeStr
     if (!size) return size;
     // Only ASCII letters upper-case to K, B or M, so the ASCII upper case tells the unit.
     const std::string upper = asciiUppercase(*size);
-    if (endsWith(upper, "KB")) return numberTextBefore(*size, "KB").value_or(*size);
-    if (endsWith(upper, "MB")) {
+    if (hasSuffix(upper, "KB")) return numberTextBefore(*size, "KB").value_or(*size);
+    if (hasSuffix(upper, "MB")) {
         const std::optional<std::string> megabytes = numberTextBefore(*size, "MB");
         return megabytes ? kilobytesOfMegabytes(*megabytes) : *size;
     }
