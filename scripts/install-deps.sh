@@ -15,6 +15,7 @@ debian_packages=(
   libnl-genl-3-dev
   qemu-system-x86 linux-image-amd64 busybox-static kmod cpio
   edid-decode dmidecode
+  mandoc lintian dpkg-dev python3-jsonschema
 )
 homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
 
