@@ -1,42 +1,34 @@
 #include "common/LibZip.h"
 
-#include <dlfcn.h>
-
 #include <mutex>
 #include <optional>
 
 #include "common/QVSLogger.h"
+#include "common/SharedLibrary.h"
 
 namespace tov {
 namespace {
 
-template <class Function>
-bool bind(void* library, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(::dlsym(library, name));
-    return function != nullptr;
-}
-
 bool bindAll(void* library, LibZip& zip) {
-    return bind(library, "zip_close", zip.close) && bind(library, "zip_discard", zip.discard) &&
-           bind(library, "zip_error_fini", zip.errorFini) && bind(library, "zip_error_init", zip.errorInit) &&
-           bind(library, "zip_fclose", zip.fclose) && bind(library, "zip_file_add", zip.fileAdd) &&
-           bind(library, "zip_fopen_index", zip.fopenIndex) && bind(library, "zip_fread", zip.fread) &&
-           bind(library, "zip_get_name", zip.getName) && bind(library, "zip_get_num_entries", zip.getNumEntries) &&
-           bind(library, "zip_open", zip.open) && bind(library, "zip_open_from_source", zip.openFromSource) &&
-           bind(library, "zip_source_buffer", zip.sourceBuffer) &&
-           bind(library, "zip_source_buffer_create", zip.sourceBufferCreate) &&
-           bind(library, "zip_source_close", zip.sourceClose) && bind(library, "zip_source_free", zip.sourceFree) &&
-           bind(library, "zip_source_keep", zip.sourceKeep) && bind(library, "zip_source_open", zip.sourceOpen) &&
-           bind(library, "zip_source_read", zip.sourceRead) && bind(library, "zip_source_stat", zip.sourceStat) &&
-           bind(library, "zip_stat_init", zip.statInit);
+    return bindSymbol(library, "zip_close", zip.close) && bindSymbol(library, "zip_discard", zip.discard) &&
+           bindSymbol(library, "zip_error_fini", zip.errorFini) && bindSymbol(library, "zip_error_init", zip.errorInit) &&
+           bindSymbol(library, "zip_fclose", zip.fclose) && bindSymbol(library, "zip_file_add", zip.fileAdd) &&
+           bindSymbol(library, "zip_fopen_index", zip.fopenIndex) && bindSymbol(library, "zip_fread", zip.fread) &&
+           bindSymbol(library, "zip_get_name", zip.getName) && bindSymbol(library, "zip_get_num_entries", zip.getNumEntries) &&
+           bindSymbol(library, "zip_open", zip.open) && bindSymbol(library, "zip_open_from_source", zip.openFromSource) &&
+           bindSymbol(library, "zip_source_buffer", zip.sourceBuffer) &&
+           bindSymbol(library, "zip_source_buffer_create", zip.sourceBufferCreate) &&
+           bindSymbol(library, "zip_source_close", zip.sourceClose) && bindSymbol(library, "zip_source_free", zip.sourceFree) &&
+           bindSymbol(library, "zip_source_keep", zip.sourceKeep) && bindSymbol(library, "zip_source_open", zip.sourceOpen) &&
+           bindSymbol(library, "zip_source_read", zip.sourceRead) && bindSymbol(library, "zip_source_stat", zip.sourceStat) &&
+           bindSymbol(library, "zip_stat_init", zip.statInit);
 }
 
 std::optional<LibZip> load() {
-    void* library = ::dlopen(TOV_LIBZIP_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    std::string reason;
+    void* library = openSharedLibrary(TOV_LIBZIP_LIBRARY, reason);
     if (library == nullptr) {
-        const char* reason = ::dlerror();
-        QVSLogger::warning("libzip (%s) cannot be loaded: %s", TOV_LIBZIP_LIBRARY,
-                           reason != nullptr ? reason : "unknown reason");
+        QVSLogger::warning("libzip (%s) cannot be loaded: %s", TOV_LIBZIP_LIBRARY, reason.c_str());
         return std::nullopt;
     }
     LibZip zip;

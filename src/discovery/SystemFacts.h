@@ -25,7 +25,7 @@ inline constexpr const char* kUname = "uname";
 inline constexpr const char* kConsoleUser = "consoleUser";
 
 // Key "": array of { "name": destination, "makeAndModel": its printer-make-and-model,
-// "" when it has none } of the printing system.
+// "" when it has none } of the printing system; absent when its library cannot be loaded.
 inline constexpr const char* kPrinters = "printers";
 
 // Key: a URL. { "body": the page's text } after a successful GET, or { "errorCode": n }

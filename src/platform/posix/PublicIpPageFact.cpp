@@ -1,10 +1,10 @@
 #include <curl/curl.h>
-#include <dlfcn.h>
 
 #include <string>
 
 #include "common/NetworkUtils.h"
 #include "common/QVSLogger.h"
+#include "common/SharedLibrary.h"
 #include "platform/PosixFacts.h"
 
 namespace tov {
@@ -22,7 +22,7 @@ constexpr const char* kCurlLibrary = "libcurl.so.4";
 
 // libcurl and the dozen libraries it brings (TLS, LDAP, SSH ...) are loaded only when a
 // lookup page is configured and its host is reachable, so a daemon without one never maps
-// them. Once loaded they stay: libcurl's global state is not made to be unloaded.
+// them.
 struct Curl {
     decltype(&curl_global_init) globalInit = nullptr;
     decltype(&curl_easy_init) easyInit = nullptr;
@@ -32,25 +32,19 @@ struct Curl {
     bool ready = false;
 };
 
-template <class Function>
-bool bind(void* library, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(::dlsym(library, name));
-    return function != nullptr;
-}
-
 Curl loadCurl() {
     Curl curl;
-    void* library = ::dlopen(kCurlLibrary, RTLD_NOW | RTLD_LOCAL);
+    std::string reason;
+    void* library = openSharedLibrary(kCurlLibrary, reason);
     if (library == nullptr) {
-        const char* reason = ::dlerror();
         QVSLogger::warning("The public IP cannot be looked up: %s cannot be loaded (%s).", kCurlLibrary,
-                           reason != nullptr ? reason : "unknown reason");
+                           reason.c_str());
         return curl;
     }
-    curl.ready = bind(library, "curl_global_init", curl.globalInit) && bind(library, "curl_easy_init", curl.easyInit) &&
-                 bind(library, "curl_easy_setopt", curl.easySetopt) &&
-                 bind(library, "curl_easy_perform", curl.easyPerform) &&
-                 bind(library, "curl_easy_cleanup", curl.easyCleanup) &&
+    curl.ready = bindSymbol(library, "curl_global_init", curl.globalInit) && bindSymbol(library, "curl_easy_init", curl.easyInit) &&
+                 bindSymbol(library, "curl_easy_setopt", curl.easySetopt) &&
+                 bindSymbol(library, "curl_easy_perform", curl.easyPerform) &&
+                 bindSymbol(library, "curl_easy_cleanup", curl.easyCleanup) &&
                  curl.globalInit(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!curl.ready) QVSLogger::warning("The public IP cannot be looked up: %s is not usable.", kCurlLibrary);
     return curl;
