@@ -71,8 +71,9 @@ copy_libraries_of() {
 copy_libraries_of "$tov"
 
 # Libraries tov opens only when it needs them, with theirs: libzip makes the daemon's
-# report archives. (libcurl, for the public address, stays out: the guests have no network.)
-run_time_libraries=(libzip.so.4)
+# report archives, libcups lists the printers of a full scan. (libcurl, for the public
+# address, stays out: the guests have no network.)
+run_time_libraries=(libzip.so.4 libcups.so.2)
 for soname in "${run_time_libraries[@]}"; do
     library=$(ldconfig -p | awk -v name="$soname" '$1 == name && /x86-64/ && !found { print $NF; found = 1 }')
     [ -n "$library" ] || { echo "$0: $soname is not installed" >&2; exit 1; }
