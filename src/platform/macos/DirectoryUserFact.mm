@@ -49,16 +49,24 @@ ODRecord* firstUserRecord(NSString* recordName, const std::string& userName) {
     return first;
 }
 
+// The directory's answer for an attribute the record does not have (a local account has
+// no meta record name).
+bool isMissingAttribute(NSError* error) {
+    return [[error domain] isEqualToString:ODFrameworkErrorDomain] &&
+           [error code] == static_cast<NSInteger>(kODErrorRecordAttributeNotFound);
+}
+
 // { "metaRecordName": the record's values of the attribute } ([] when it has none);
 // absent when they cannot be read.
 Value metaRecordNameFact(ODRecord* record, const std::string& userName) {
     NSError* error = nil;
     NSArray* values = [record valuesForAttribute:kODAttributeTypeMetaRecordName error:&error];
-    if (error != nil) {
+    if (error != nil && !isMissingAttribute(error)) {
         QVSLogger::debug("The directory cannot read the meta record name of \"%s\": %s", userName.c_str(),
                          reasonOf(error).c_str());
         return Value();
     }
+    // nil when the record has no such attribute: no names.
     const Value names = valueOfCFType((__bridge CFTypeRef)values);
     DictionaryRef fact = makeDictionary();
     fact->set("metaRecordName", names.isArray() ? names : Value(makeArray()));
