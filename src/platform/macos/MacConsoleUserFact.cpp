@@ -1,0 +1,61 @@
+#include <SystemConfiguration/SystemConfiguration.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/QVSLogger.h"
+#include "platform/macos/CoreFoundationValue.h"
+#include "platform/macos/MacFacts.h"
+
+namespace tov {
+namespace {
+
+// A user database entry is a few hundred bytes; the buffer grows on ERANGE up to this.
+constexpr std::size_t kMaximumEntryBytes = 1u << 20;
+
+// The name the system configuration store gives the console's user; none when nobody is
+// logged in there or the store cannot be asked.
+std::optional<std::string> consoleUser() {
+    uid_t uid = 0;
+    gid_t gid = 0;
+    const OwnedCFReference<CFStringRef> name(SCDynamicStoreCopyConsoleUser(nullptr, &uid, &gid));
+    if (!name) {
+        QVSLogger::debug("The system configuration store names no console user.");
+        return std::nullopt;
+    }
+    return stringOfCFString(name.get());
+}
+
+// The user database's name of the user; none when it has no entry.
+std::optional<std::string> userName(uid_t uid) {
+    std::vector<char> buffer(4096);
+    for (;;) {
+        passwd entry {};
+        passwd* found = nullptr;
+        const int result = getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found);
+        if (result == ERANGE && buffer.size() < kMaximumEntryBytes) {
+            buffer.resize(buffer.size() * 2);
+            continue;
+        }
+        if (result != 0 || found == nullptr || found->pw_name == nullptr) {
+            QVSLogger::debug("The user %u has no name in the user database.", static_cast<unsigned>(uid));
+            return std::nullopt;
+        }
+        return std::string(found->pw_name);
+    }
+}
+
+}  // namespace
+
+Value macConsoleUserFact(const std::string& /*key*/) {
+    DictionaryRef fact = makeDictionary();
+    if (const std::optional<std::string> user = consoleUser()) fact->set("user", *user);
+    if (const std::optional<std::string> processUser = userName(geteuid())) fact->set("processUser", *processUser);
+    return fact;
+}
+
+}  // namespace tov
