@@ -1,57 +1,21 @@
 #include "common/QVFileUtil.h"
 
 #include <fcntl.h>
-#include <grp.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <utility>
-#include <vector>
 
 #include "common/QVFileUtilMessages.h"
+#include "common/UserDatabase.h"
 #include "model/Json.h"
 
 namespace tov {
 namespace {
 
 constexpr mode_t kOwnerReadWrite = S_IRUSR | S_IWUSR;
-
-// Runs a re-entrant user or group database lookup, growing its scratch buffer on ERANGE,
-// and hands the entry found to extract.
-template <typename Entry, typename Lookup, typename Extract>
-auto lookUp(Lookup lookup, Extract extract) -> std::optional<decltype(extract(std::declval<const Entry&>()))> {
-    std::vector<char> buffer(4096);
-    for (;;) {
-        Entry entry{};
-        Entry* found = nullptr;
-        const int result = lookup(&entry, buffer.data(), buffer.size(), &found);
-        if (result == ERANGE && buffer.size() < (1u << 20)) {
-            buffer.resize(buffer.size() * 2);
-            continue;
-        }
-        if (result != 0 || found == nullptr) return std::nullopt;
-        return extract(*found);
-    }
-}
-
-std::optional<std::string> userName(uid_t user) {
-    return lookUp<passwd>(
-        [user](passwd* entry, char* buffer, std::size_t size, passwd** found) {
-            return getpwuid_r(user, entry, buffer, size, found);
-        },
-        [](const passwd& entry) { return std::string(entry.pw_name); });
-}
-
-std::optional<std::string> groupName(gid_t group) {
-    return lookUp<struct group>(
-        [group](struct group* entry, char* buffer, std::size_t size, struct group** found) {
-            return getgrgid_r(group, entry, buffer, size, found);
-        },
-        [](const struct group& entry) { return std::string(entry.gr_name); });
-}
 
 bool isDaemonGroup(gid_t group) {
     return group == QVFileUtil::kDaemonGroupId;
@@ -80,9 +44,9 @@ std::string octalPermissions(mode_t mode) {
 std::string describeAttributes(const struct stat& status) {
     Dictionary attributes;
     attributes.set("type", Value(itemType(status.st_mode)));
-    attributes.set("owner", nameOrNull(userName(status.st_uid)));
+    attributes.set("owner", nameOrNull(userNameOfId(status.st_uid)));
     attributes.set("ownerId", Value(status.st_uid));
-    attributes.set("group", nameOrNull(groupName(status.st_gid)));
+    attributes.set("group", nameOrNull(groupNameOfId(status.st_gid)));
     attributes.set("groupId", Value(status.st_gid));
     attributes.set("permissions", Value(octalPermissions(status.st_mode)));
     return writeJson(Value(std::make_shared<Dictionary>(std::move(attributes))), JsonStyle::Compact);

@@ -1,13 +1,12 @@
-#include <pwd.h>
 #include <systemd/sd-login.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
+#include <optional>
 
 #include "common/QVSLogger.h"
+#include "common/UserDatabase.h"
 #include "platform/linux/LinuxFacts.h"
 
 namespace tov {
@@ -26,14 +25,9 @@ bool seatExists(const std::string& seat) {
 }
 
 std::string userName(uid_t uid) {
-    std::vector<char> buffer(16384);
-    passwd entry {};
-    passwd* found = nullptr;
-    if (getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) {
-        QVSLogger::debug("The console user %u has no name in the user database.", static_cast<unsigned>(uid));
-        return "";
-    }
-    return found->pw_name;
+    const std::optional<std::string> name = userNameOfId(uid);
+    if (!name) QVSLogger::debug("The console user %u has no name in the user database.", static_cast<unsigned>(uid));
+    return name.value_or("");
 }
 
 // The user of the seat's active session; "" when nobody is logged in there.

@@ -1,21 +1,16 @@
 #include <SystemConfiguration/SystemConfiguration.h>
-#include <pwd.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "common/QVSLogger.h"
+#include "common/UserDatabase.h"
 #include "platform/macos/CoreFoundationValue.h"
 #include "platform/macos/MacFacts.h"
 
 namespace tov {
 namespace {
-
-// A user database entry is a few hundred bytes; the buffer grows on ERANGE up to this.
-constexpr std::size_t kMaximumEntryBytes = 1u << 20;
 
 // The name the system configuration store gives the console's user; none when nobody is
 // logged in there or the store cannot be asked.
@@ -32,21 +27,9 @@ std::optional<std::string> consoleUser() {
 
 // The user database's name of the user; none when it has no entry.
 std::optional<std::string> userName(uid_t uid) {
-    std::vector<char> buffer(4096);
-    for (;;) {
-        passwd entry {};
-        passwd* found = nullptr;
-        const int result = getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found);
-        if (result == ERANGE && buffer.size() < kMaximumEntryBytes) {
-            buffer.resize(buffer.size() * 2);
-            continue;
-        }
-        if (result != 0 || found == nullptr || found->pw_name == nullptr) {
-            QVSLogger::debug("The user %u has no name in the user database.", static_cast<unsigned>(uid));
-            return std::nullopt;
-        }
-        return std::string(found->pw_name);
-    }
+    std::optional<std::string> name = userNameOfId(uid);
+    if (!name) QVSLogger::debug("The user %u has no name in the user database.", static_cast<unsigned>(uid));
+    return name;
 }
 
 }  // namespace
