@@ -20,7 +20,13 @@ exec 3>&1 1>&2
 bash scripts/install-deps.sh
 extra=()
 if [ "$(uname -s)" = Darwin ]; then
-  extra+=("-DCMAKE_PREFIX_PATH=$(brew --prefix icu4c);$(brew --prefix)")
+  # Homebrew's tools come first on PATH; CMake finds the keg-only ICU and every other
+  # formula's CMake and pkg-config files through the prefixes.
+  source scripts/homebrew.sh
+  homebrew_prefix=$(brew_as_owner --prefix)
+  icu_prefix=$(brew_as_owner --prefix icu4c)
+  PATH="$homebrew_prefix/bin:$PATH"
+  extra+=("-DCMAKE_PREFIX_PATH=$icu_prefix;$homebrew_prefix")
 fi
 cmake -S . -B "$build_dir" -DTOV_WERROR=ON -DTOV_SANITIZE="$sanitize" "${extra[@]}"
 cmake --build "$build_dir" -j "$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 2)"

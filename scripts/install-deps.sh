@@ -17,7 +17,10 @@ debian_packages=(
   edid-decode dmidecode
   mandoc lintian dpkg-dev python3-jsonschema
 )
-homebrew_formulae=(cmake pkg-config nlohmann-json libplist libzip icu4c curl googletest google-benchmark)
+# macOS itself has libcurl, CUPS and their headers; icu4c names Homebrew's newest ICU, which
+# is keg-only (the build finds it through CMAKE_PREFIX_PATH); usb.ids installs Debian's
+# usb.ids as share/misc/usb.ids below Homebrew's prefix.
+homebrew_formulae=(cmake pkgconf nlohmann-json libplist libzip icu4c googletest google-benchmark usb.ids)
 
 install_debian() {
   local missing=()
@@ -34,7 +37,16 @@ install_debian() {
 }
 
 install_macos() {
-  brew install "${homebrew_formulae[@]}"
+  # shellcheck source=scripts/homebrew.sh
+  source "$(dirname "${BASH_SOURCE[0]}")/homebrew.sh"
+  local missing=()
+  for formula in "${homebrew_formulae[@]}"; do
+    brew_as_owner list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
+  done
+  if [ "${#missing[@]}" -eq 0 ]; then
+    return 0
+  fi
+  brew_as_owner install "${missing[@]}"
 }
 
 case "$(uname -s)" in

@@ -1,7 +1,7 @@
 #include "app/QVAppDaemonUtil.h"
 
 #include <algorithm>
-#include <charconv>
+#include <optional>
 #include <cmath>
 #include <string_view>
 #include <vector>
@@ -55,9 +55,8 @@ std::vector<std::string> nonEmptyPieces(std::string_view text, std::string_view 
 
 // The leading decimal number of text, independent of the locale; 0 when there is none.
 double leadingDoubleValue(const std::string& text) {
-    double value = 0;
-    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), value);
-    return result.ec == std::errc() ? value : 0;
+    const std::optional<LeadingDecimal> number = leadingDecimal(text);
+    return number ? number->value : 0;
 }
 
 // A share of memory as ps prints it; anything below zero, infinite or not a number is no

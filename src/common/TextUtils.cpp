@@ -5,8 +5,11 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include <cctype>
 #include <cstdlib>
+#include <locale>
 #include <memory>
+#include <sstream>
 
 namespace tov {
 namespace {
@@ -102,6 +105,18 @@ std::vector<std::string_view> splitAt(std::string_view text, char separator) {
 std::int64_t leadingIntegerValue(std::string_view text) {
     const std::string terminated(text);
     return std::strtoll(terminated.c_str(), nullptr, 10);
+}
+
+std::optional<LeadingDecimal> leadingDecimal(std::string_view text) {
+    if (text.empty() || std::isspace(static_cast<unsigned char>(text.front())) || text.front() == '+') {
+        return std::nullopt;
+    }
+    std::istringstream stream{std::string(text)};
+    stream.imbue(std::locale::classic());
+    LeadingDecimal number;
+    if (!(stream >> number.value)) return std::nullopt;
+    number.length = stream.eof() ? text.size() : static_cast<std::size_t>(stream.tellg());
+    return number;
 }
 
 }  // namespace tov

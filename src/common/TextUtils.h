@@ -2,7 +2,9 @@
 
 // Small stateless text helpers shared by every part of the daemon.
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,5 +34,15 @@ std::vector<std::string_view> splitAt(std::string_view text, char separator);
 // The leading integer of text as C's strtoll reads it: white space and a sign are
 // accepted, anything after the digits is ignored, text without digits gives 0.
 std::int64_t leadingIntegerValue(std::string_view text);
+
+// A decimal number read from the start of text in the C locale's notation, whatever the
+// process's locale ("12.5" of "12.5%"), and the count of characters it took; nothing when
+// text does not start with a digit, a point or a minus sign followed by a number. Written
+// for std::from_chars on double, which macOS's C++ library lacks.
+struct LeadingDecimal {
+    double value = 0;
+    std::size_t length = 0;
+};
+std::optional<LeadingDecimal> leadingDecimal(std::string_view text);
 
 }  // namespace tov

@@ -124,7 +124,7 @@ TEST_F(QVScanThreadTest, ACancelDuringAStepEndsTheRealSleepAtOnce) {
     recordCountsAtSteps();
     QVScanThread* running = nullptr;
     std::promise<void> stepped;
-    host.onInstall = [this, &running, &stepped, record = host.onInstall] {
+    host.onInstall = [&running, &stepped, record = host.onInstall] {
         record();
         running->cancel();
         stepped.set_value();

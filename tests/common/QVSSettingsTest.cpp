@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,6 +21,7 @@
 #include "common/QVSLogger.h"
 #include "support/ChildProcess.h"
 #include "support/HandBuiltArchive.h"
+#include "support/PrivateMemoryFolder.h"
 #include "support/TemporaryRootTest.h"
 #include "support/TestFolder.h"
 
@@ -471,6 +470,7 @@ namespace {
 
 constexpr const char* kOldAddress = "10.0.0.1";
 constexpr const char* kNewAddress = "10.0.0.2";
+constexpr int kSmallFolderKibibytes = 64;
 
 // The names in a folder other than the settings file and the filler.
 std::vector<std::string> leftovers(const std::string& folderPath) {
@@ -487,11 +487,7 @@ std::vector<std::string> leftovers(const std::string& folderPath) {
 int runWithSmallComponentFolder(const std::function<int()>& body) {
     if (!runningAsRoot()) return -1;
     return testing::runInChild([&body] {
-               const std::string component = Paths::componentFolder();
-               if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                   ::mount("tmpfs", component.c_str(), "tmpfs", 0, "size=64k,mode=0755") != 0) {
-                   return 125;
-               }
+               if (!testing::mountPrivateMemoryFolder(Paths::componentFolder(), kSmallFolderKibibytes)) return 125;
                return body();
            })
         .exitCode;
@@ -579,7 +575,7 @@ TEST_F(QVSSettingsReplacementTest, RemovingTheSettingsRemovesAFolderAtTheDefault
 TEST_F(QVSSettingsReplacementTest, AReadOnlyFolderFailsTheSaveWithItsCauseAndKeepsTheOldFile) {
     expectSaveRefusedWith(
         [] {
-            ::mount(nullptr, Paths::componentFolder().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, "size=64k,mode=0755");
+            testing::remountMemoryFolderReadOnly(Paths::componentFolder(), kSmallFolderKibibytes);
         },
         "Read-only file system");
 }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <typeindex>
 #include <typeinfo>
 
 #include "RecordSamples.h"
@@ -14,6 +15,10 @@
 
 namespace tov {
 namespace {
+
+// The dynamic type of a record (typeid of a dereferenced pointer is evaluated, which clang
+// warns of).
+std::type_index kindOf(const QVSystemInfo& record) { return typeid(record); }
 
 using testing::compactJson;
 using testing::filledRecordsOfEveryKind;
@@ -104,7 +109,7 @@ TEST(RecordKinds, ACopyKeepsKindValuesAndScanResultAndIsIndependent) {
     for (const RecordRef& source : filledRecordsOfEveryKind()) {
         SCOPED_TRACE(source->className());
         const RecordRef copy = source->copy();
-        EXPECT_EQ(typeid(*copy), typeid(*source));
+        EXPECT_EQ(kindOf(*copy), kindOf(*source));
         EXPECT_STREQ(copy->className(), source->className());
         EXPECT_EQ(*copy->innerDictionary(), *source->innerDictionary());
         EXPECT_EQ(copy->scanResult(), 2);
@@ -126,7 +131,7 @@ TEST(RecordKinds, CodingGivesBackTheKindDictionaryAndScanResult) {
         SCOPED_TRACE(source->className());
         const RecordRef decoded = codedAndDecoded(*source);
         ASSERT_TRUE(decoded);
-        EXPECT_EQ(typeid(*decoded), typeid(*source));
+        EXPECT_EQ(kindOf(*decoded), kindOf(*source));
         EXPECT_EQ(*decoded->innerDictionary(), *source->innerDictionary());
         EXPECT_EQ(decoded->scanResult(), 2);
         EXPECT_TRUE(source->isEqual(*decoded));
@@ -139,7 +144,7 @@ TEST(RecordKinds, CodingThroughJsonTextGivesBackTheSameRecord) {
         SCOPED_TRACE(source->className());
         const RecordRef decoded = codedThroughJsonText(*source);
         ASSERT_TRUE(decoded);
-        EXPECT_EQ(typeid(*decoded), typeid(*source));
+        EXPECT_EQ(kindOf(*decoded), kindOf(*source));
         EXPECT_EQ(*decoded->innerDictionary(), *source->innerDictionary());
         EXPECT_EQ(decoded->scanResult(), 2);
         EXPECT_EQ(compactJson(*decoded), compactJson(*source));
@@ -244,7 +249,7 @@ TEST(RecordKinds, DeepCopyOfAValueKeepsEachRecordsKind) {
         SCOPED_TRACE(record->className());
         const Value copy = Value(record).deepCopy();
         ASSERT_TRUE(copy.record());
-        EXPECT_EQ(typeid(*copy.record()), typeid(*record));
+        EXPECT_EQ(kindOf(*copy.record()), kindOf(*record));
         EXPECT_EQ(copy, Value(record));
     }
 }

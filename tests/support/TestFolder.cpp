@@ -14,7 +14,9 @@ namespace tov::testing {
 TestFolder::TestFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "tov-test-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
+    // The path without links: a Mac's temporary folder lies below /var, a link to
+    // /private/var, and paths the code under test resolves must equal the test's own.
+    path_ = std::filesystem::canonical(pattern).string();
 }
 
 TestFolder::~TestFolder() {

@@ -16,11 +16,18 @@ std::optional<Number> numberOf(const std::string& text) {
     return number;
 }
 
+// A whole text as a decimal number ("2095.076").
+std::optional<double> decimalOf(const std::string& text) {
+    const std::optional<LeadingDecimal> number = leadingDecimal(text);
+    if (!number || number->length != text.size()) return std::nullopt;
+    return number->value;
+}
+
 void setProcessorField(ProcCpuInfo::Processor& processor, const std::string& key, const std::string& value) {
     if (key == "model name") processor.modelName = value;
     else if (key == "vendor_id") processor.vendorId = value;
     else if (key == "CPU implementer") processor.implementer = value;
-    else if (key == "cpu MHz") processor.megahertz = numberOf<double>(value);
+    else if (key == "cpu MHz") processor.megahertz = decimalOf(value);
     else if (key == "physical id") processor.physicalId = numberOf<std::int64_t>(value);
     else if (key == "core id") processor.coreId = numberOf<std::int64_t>(value);
 }
