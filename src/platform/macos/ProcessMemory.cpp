@@ -6,6 +6,10 @@
 
 namespace tov {
 
+// task_info of this task. The flavour is MACH_TASK_BASIC_INFO, whose resident size is the
+// one TASK_BASIC_INFO_64 reports: the SDK's task_info.h asks callers to use it instead, and
+// on arm64 TASK_BASIC_INFO_64 is another flavour with another layout. The count is the
+// structure's size in natural_t words, as task_info expects.
 std::optional<std::uint64_t> residentBytesOfCurrentProcess() {
     mach_task_basic_info_data_t information {};
     mach_msg_type_number_t count = MACH_TASK_BASIC_INFO_COUNT;
