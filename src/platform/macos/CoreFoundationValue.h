@@ -58,7 +58,7 @@ private:
 Value valueOfCFType(CFTypeRef object);
 
 // The UTF-8 text of a string, zero characters included; nullopt for null, for an object
-// that is not a string, or for a string UTF-8 cannot hold (an unpaired surrogate).
+// that is not a string, or when CoreFoundation cannot convert the string to UTF-8.
 std::optional<std::string> stringOfCFString(CFTypeRef object);
 
 // A new string of UTF-8 text (owned by the caller); null when the bytes are not UTF-8.
