@@ -11,6 +11,7 @@
 #include "discovery/QVDiscovererFactory.h"
 #include "discovery/RecordedSystemSource.h"
 #include "platform/LiveSystemSource.h"
+#include "report/InventorySummary.h"
 #include "report/QVHardwareReportJsonWriter.h"
 
 namespace tov {
@@ -44,18 +45,35 @@ std::shared_ptr<SystemSource> sourceFor(const std::optional<std::string>& replay
     return capturing;
 }
 
+// Why the switches cannot be carried out together, or nothing when they can. A summary
+// writes nothing at all, so it records no capture.
+std::optional<std::string> conflictOf(const QVSAppArgument& arguments, bool capture, bool replay) {
+    if (arguments.isPrintCall() && arguments.isSummaryCall()) return "-p and -s cannot be used together.";
+    if (capture && replay) return "-capture and -replay cannot be used together.";
+    if (capture && !arguments.isPrintCall()) return "-capture goes with -p.";
+    if (replay && !arguments.isPrintCall() && !arguments.isSummaryCall()) return "-replay goes with -p or -s.";
+    return std::nullopt;
+}
+
+// The inventory as the document of a full report, or as the summary table.
+std::optional<std::string> textOf(const DictionaryRef& hardware, bool summary) {
+    if (summary) return InventorySummary::textOf(Value(hardware));
+    return QVHardwareReportJsonWriter::jsonContentOfHardware(hardware);
+}
+
 }  // namespace
 
 bool InventoryPrinter::isPrintRequest(const QVSAppArgument& arguments) {
-    return arguments.isPrintCall() || arguments.findArgumentAfterOptionFlag(kCaptureFlag) ||
+    return arguments.isPrintCall() || arguments.isSummaryCall() || arguments.findArgumentAfterOptionFlag(kCaptureFlag) ||
            arguments.findArgumentAfterOptionFlag(kReplayFlag);
 }
 
 int InventoryPrinter::print(const QVSAppArgument& arguments, std::FILE* output) {
     const std::optional<std::string> capture = folderOf(arguments, kCaptureFlag);
     const std::optional<std::string> replay = folderOf(arguments, kReplayFlag);
-    if (!arguments.isPrintCall()) return refuse("-capture and -replay go with -p.");
-    if (capture && replay) return refuse("-capture and -replay cannot be used together.");
+    if (const std::optional<std::string> conflict = conflictOf(arguments, capture.has_value(), replay.has_value())) {
+        return refuse(*conflict);
+    }
     std::shared_ptr<CapturingSystemSource> capturing;
     std::shared_ptr<SystemSource> source = sourceFor(replay, capture, capturing);
     if (!source) return refuse("The capture folder " + replay.value_or(capture.value_or("")) + " cannot be used.");
@@ -64,8 +82,7 @@ int InventoryPrinter::print(const QVSAppArgument& arguments, std::FILE* output) 
     options.persistAddresses = false;
     options.publicIpUrl = publicIpLookupUrl();
     QVDiscovererFactory factory(source, options);
-    const std::optional<std::string> document =
-        QVHardwareReportJsonWriter::jsonContentOfHardware(discoverHardware(factory));
+    const std::optional<std::string> document = textOf(discoverHardware(factory), arguments.isSummaryCall());
     if (!document) return refuse("The inventory could not be written as JSON.");
     std::fwrite(document->data(), 1, document->size(), output);
     std::fflush(output);

@@ -34,6 +34,7 @@ bool QVSAppArgument::isEnvironmentCall() const { return containsEither("-e", "e"
 bool QVSAppArgument::isInstallationCall() const { return containsEither("-i", "i"); }
 bool QVSAppArgument::isUninstallationCall() const { return containsEither("-u", "u"); }
 bool QVSAppArgument::isPrintCall() const { return containsEither("-p", "p"); }
+bool QVSAppArgument::isSummaryCall() const { return containsEither("-s", "s"); }
 
 bool QVSAppArgument::containArgumentFlag(const std::string& flag) const {
     for (const std::string& argument : arguments_) {

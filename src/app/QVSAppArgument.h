@@ -20,6 +20,7 @@ public:
     bool isInstallationCall() const;    // "-i" or "i"
     bool isUninstallationCall() const;  // "-u" or "u"
     bool isPrintCall() const;           // "-p" or "p"
+    bool isSummaryCall() const;         // "-s" or "s"
     // A whole argument equal to flag, ignoring letter case.
     bool containArgumentFlag(const std::string& flag) const;
     // The level of "-ll=LEVEL", "ll=LEVEL", or "-ll"/"ll" followed by LEVEL.

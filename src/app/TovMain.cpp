@@ -27,8 +27,10 @@ namespace {
 constexpr const char* kLogFileName = "tov";
 constexpr std::int64_t kMaximumLogFiles = 5;
 
-void setUpLogger(const std::string& level) {
-    QVSLogger::setFilename(kLogFileName, Paths::logsFolder());
+// The summary is a view for people that writes nothing at all, not even a log: its logger
+// has no folder, so its lines are dropped (failures still reach standard error).
+void setUpLogger(const std::string& level, const QVSAppArgument& arguments) {
+    QVSLogger::setFilename(kLogFileName, arguments.isSummaryCall() ? "" : Paths::logsFolder());
     QVSLogger::setMaximumLogFileCount(kMaximumLogFiles);
     QVSLogger::setMinimumLogLevel(level);
 }
@@ -100,7 +102,7 @@ int runTov(int argc, char** argv) {
     }
     QVApplicationDelegate delegate;
     const QVSAppArgument arguments(argc, argv);
-    setUpLogger(chooseLogLevel(arguments, Paths::debugTrigger()));
+    setUpLogger(chooseLogLevel(arguments, Paths::debugTrigger()), arguments);
     return dispatch(arguments, delegate, argc > 0 ? argv[0] : nullptr);
 }
 

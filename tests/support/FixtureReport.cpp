@@ -6,18 +6,31 @@
 #include "discovery/QVDiscovererFactory.h"
 #include "discovery/RecordedSystemSource.h"
 #include "model/Json.h"
+#include "report/InventorySummary.h"
 #include "report/QVHardwareReportJsonWriter.h"
 
 namespace tov::testing {
 
-std::optional<std::string> fixtureReport(const std::string& captureFolder) {
+DictionaryRef fixtureInventory(const std::string& captureFolder) {
     std::shared_ptr<SystemSource> source = RecordedSystemSource::open(captureFolder);
-    if (!source) return std::nullopt;
+    if (!source) return nullptr;
     QVDiscovererFactory::Options options;
     options.persistAddresses = false;
     options.clock = [] { return std::chrono::system_clock::time_point(std::chrono::seconds(kFixtureScanTime)); };
     QVDiscovererFactory factory(source, options);
-    return QVHardwareReportJsonWriter::jsonContentOfHardware(discoverHardware(factory));
+    return discoverHardware(factory);
+}
+
+std::optional<std::string> fixtureReport(const std::string& captureFolder) {
+    const DictionaryRef inventory = fixtureInventory(captureFolder);
+    if (!inventory) return std::nullopt;
+    return QVHardwareReportJsonWriter::jsonContentOfHardware(inventory);
+}
+
+std::optional<std::string> fixtureSummary(const std::string& captureFolder) {
+    const DictionaryRef inventory = fixtureInventory(captureFolder);
+    if (!inventory) return std::nullopt;
+    return InventorySummary::textOf(Value(inventory));
 }
 
 std::string withoutCollection(const std::string& document) {

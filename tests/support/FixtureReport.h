@@ -7,13 +7,22 @@
 #include <optional>
 #include <string>
 
+#include "model/Value.h"
+
 namespace tov::testing {
 
 // 2026-01-15T12:00:00Z: the scan time of every fixture report.
 inline constexpr long long kFixtureScanTime = 1768478400;
 
+// The inventory tree of the capture, as a report is written from it, or null when the
+// folder is no capture.
+DictionaryRef fixtureInventory(const std::string& captureFolder);
+
 // The indented document, or nothing when the folder is no capture.
 std::optional<std::string> fixtureReport(const std::string& captureFolder);
+
+// The summary table of the capture (tov -s), or nothing when the folder is no capture.
+std::optional<std::string> fixtureSummary(const std::string& captureFolder);
 
 // The document without its "collection" time stamp, for comparisons.
 std::string withoutCollection(const std::string& document);
