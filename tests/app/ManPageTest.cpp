@@ -50,6 +50,7 @@ std::vector<DocumentedSwitch> switchesTheProgramAccepts() {
     const auto install = [](const QVSAppArgument& a) { return a.isInstallationCall(); };
     const auto uninstall = [](const QVSAppArgument& a) { return a.isUninstallationCall(); };
     const auto print = [](const QVSAppArgument& a) { return a.isPrintCall() && InventoryPrinter::isPrintRequest(a); };
+    const auto summary = [](const QVSAppArgument& a) { return a.isSummaryCall(); };
     const auto debugLevel = [](const QVSAppArgument& a) { return levelIs(a, "DEBUG"); };
     const auto threshold = [](const QVSAppArgument& a) { return memoryThreshold(a) == 5000000; };
     const auto capture = [](const QVSAppArgument& a) { return folderIs(a, InventoryPrinter::kCaptureFlag, "/c"); };
@@ -63,8 +64,8 @@ std::vector<DocumentedSwitch> switchesTheProgramAccepts() {
         {"Cm", "u", {"u"}, uninstall},
         {"Fl", "p", {"-p"}, print},
         {"Cm", "p", {"p"}, print},
-        {"Fl", "s", {"-s"}, nullptr},
-        {"Cm", "s", {"s"}, nullptr},
+        {"Fl", "s", {"-s"}, summary},
+        {"Cm", "s", {"s"}, summary},
         {"Cm", "forcefullscan", {"forcefullscan"}, nullptr},
         {"Fl", "forcefullscan", {"-forcefullscan"}, nullptr},
         {"Cm", "re", {"re"}, nullptr},
