@@ -10,14 +10,20 @@
 
 namespace tov::testing {
 
-std::optional<std::string> fixtureReport(const std::string& captureFolder) {
+DictionaryRef fixtureHardware(const std::string& captureFolder) {
     std::shared_ptr<SystemSource> source = RecordedSystemSource::open(captureFolder);
-    if (!source) return std::nullopt;
+    if (!source) return nullptr;
     QVDiscovererFactory::Options options;
     options.persistAddresses = false;
     options.clock = [] { return std::chrono::system_clock::time_point(std::chrono::seconds(kFixtureScanTime)); };
     QVDiscovererFactory factory(source, options);
-    return QVHardwareReportJsonWriter::jsonContentOfHardware(discoverHardware(factory));
+    return discoverHardware(factory);
+}
+
+std::optional<std::string> fixtureReport(const std::string& captureFolder) {
+    const DictionaryRef hardware = fixtureHardware(captureFolder);
+    if (!hardware) return std::nullopt;
+    return QVHardwareReportJsonWriter::jsonContentOfHardware(hardware);
 }
 
 std::string withoutCollection(const std::string& document) {

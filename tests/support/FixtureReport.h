@@ -7,10 +7,15 @@
 #include <optional>
 #include <string>
 
+#include "model/Value.h"
+
 namespace tov::testing {
 
 // 2026-01-15T12:00:00Z: the scan time of every fixture report.
 inline constexpr long long kFixtureScanTime = 1768478400;
+
+// The tree { "HWInventory": inventory } of the report, or null when the folder is no capture.
+DictionaryRef fixtureHardware(const std::string& captureFolder);
 
 // The indented document, or nothing when the folder is no capture.
 std::optional<std::string> fixtureReport(const std::string& captureFolder);
