@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <iostream>
@@ -23,6 +24,7 @@
 #include "support/QemuHost.h"
 #include "support/QemuMachine.h"
 #include "support/RawDiskImage.h"
+#include "support/ReportSchemaCheck.h"
 #include "support/TestFolder.h"
 #include "support/UsbStickMachine.h"
 
@@ -237,8 +239,18 @@ struct MachineRun {
     double seconds = 0;
 };
 
+// Holds a document the guest printed between the marker lines of title against the report
+// schema.
+void expectMatchesReportSchema(const QemuMachine& machine, const std::string& title, const std::string& document) {
+    const testing::TestFolder folder;
+    std::string fileName = machine.name() + " " + title + ".json";
+    std::replace(fileName.begin(), fileName.end(), ' ', '-');
+    EXPECT_TRUE(testing::matchesReportSchema(document, folder.path(), fileName)) << machine.name() << ": " << title;
+}
+
 // The "HWInventory" of the report the guest printed between the marker lines of title,
-// parsed; fails the test when the guest printed none or tov failed.
+// parsed; fails the test when the guest printed none, tov failed or the report does not
+// match the report schema.
 std::optional<json> inventoryIn(const QemuMachine& machine, const std::string& title) {
     EXPECT_EQ(machine.sectionStatus(title), 0) << "tov -p in " << machine.name() << " failed (" << title << ")";
     const std::optional<std::string> report = machine.section(title);
@@ -251,6 +263,7 @@ std::optional<json> inventoryIn(const QemuMachine& machine, const std::string& t
         ADD_FAILURE() << machine.name() << " printed no JSON report " << title;
         return std::nullopt;
     }
+    expectMatchesReportSchema(machine, title, *report);
     return document["HWInventory"];
 }
 
@@ -600,7 +613,7 @@ TEST_F(QemuMachines, UsbStickHotPlug) {
 }
 
 // The JSON document the guest printed between the marker lines of title; fails the test
-// when there is none.
+// when there is none or it does not match the report schema.
 std::optional<json> documentIn(const QemuMachine& machine, const std::string& title) {
     const std::optional<std::string> text = machine.section(title);
     if (!text) {
@@ -612,6 +625,7 @@ std::optional<json> documentIn(const QemuMachine& machine, const std::string& ti
         ADD_FAILURE() << machine.name() << " printed no JSON document " << title;
         return std::nullopt;
     }
+    expectMatchesReportSchema(machine, title, *text);
     return document;
 }
 
