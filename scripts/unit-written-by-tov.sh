@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Runs `TOV -i` in a private mount namespace and copies the systemd unit it writes to OUTPUT.
 #   scripts/unit-written-by-tov.sh TOV OUTPUT
-# Inside the namespace /etc is an overlay whose changes live in a tmpfs, /opt and /run are
-# empty tmpfs: the unit and tov's log go nowhere on the real machine, and with the system
-# bus out of sight tov cannot ask the service manager to load or start anything.
+# Inside the namespace /etc and /opt are overlays whose changes live in a tmpfs, and /run is
+# an empty tmpfs: the unit and tov's log go nowhere on the real machine (a tov installed
+# below /opt still runs), and with the system bus out of sight tov cannot ask the service
+# manager to load or start anything.
 # Needs root (or unprivileged user namespaces, then the namespace maps the caller to root).
 set -euo pipefail
 
@@ -28,11 +29,12 @@ namespace=(unshare --mount --propagation private)
 # shellcheck disable=SC2016 # expanded by the inner shell
 "${namespace[@]}" env -u DBUS_SYSTEM_BUS_ADDRESS sh -eu -c '
   tov=$1 output=$2 scratch=$3 unit=$4
-  mount -t tmpfs tov-etc "$scratch"
-  mkdir "$scratch/upper" "$scratch/work"
-  mount -t overlay tov-etc -o "lowerdir=/etc,upperdir=$scratch/upper,workdir=$scratch/work" /etc
+  mount -t tmpfs tov-scratch "$scratch"
+  for folder in etc opt; do
+    mkdir "$scratch/$folder" "$scratch/$folder.work"
+    mount -t overlay "tov-$folder" -o "lowerdir=/$folder,upperdir=$scratch/$folder,workdir=$scratch/$folder.work" "/$folder"
+  done
   mount -t tmpfs tov-run /run
-  mount -t tmpfs tov-opt /opt
   mkdir -p "${unit%/*}"
   "$tov" -i
   if [ ! -f "$unit" ]; then
