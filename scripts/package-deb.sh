@@ -81,7 +81,7 @@ package_of_library() {
 # The libraries tov opens itself (dlopen) are named in the program as shared-object names.
 loaded_library_depends() {
   local program=$1 soname depends=()
-  for pattern in 'libzip\.so\.[0-9]+' 'libcurl\.so\.[0-9]+'; do
+  for pattern in 'libzip\.so\.[0-9]+' 'libcurl\.so\.[0-9]+' 'libcups\.so\.[0-9]+'; do
     soname=$(grep -aoE "$pattern" "$program" | head -n 1) || fail "$program names no library matching $pattern"
     depends+=("$(package_of_library "$soname")")
   done

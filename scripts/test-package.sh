@@ -97,7 +97,7 @@ if [ ! -d /run/systemd/system ]; then
 fi
 depends=$(dpkg-query -W -f='${Depends}' tov)
 echo "Depends: $depends"
-for needed in libc6 libzip4 libcurl4 pci.ids usb.ids procps; do
+for needed in libc6 libzip4 libcurl4 libcups2 pci.ids usb.ids procps; do
   check "the package depends on $needed" grep -qE "(^|, )$needed( |,|$)" <<<"$depends"
 done
 check "tov -e runs from $program" "$program" -e

@@ -464,7 +464,10 @@ bool QVSLogger::lazyCreateLogfolder() {
     if (error) return false;
     if (::geteuid() == 0) {
         const gid_t group = QVFileUtil::kDaemonGroupId;
-        for (const fs::path& folder : created) (void)::chown(folder.c_str(), 0, group);
+        for (const fs::path& folder : created) {
+            // A folder the group cannot be given keeps root's own group: still root-only.
+            [[maybe_unused]] const int result = ::chown(folder.c_str(), 0, group);
+        }
     }
     return true;
 }

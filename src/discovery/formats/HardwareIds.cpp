@@ -130,7 +130,8 @@ std::optional<std::string> idsVendorName(std::string_view text, std::uint16_t ve
 std::optional<std::string> idsDeviceName(std::string_view text, std::uint16_t vendor, std::uint16_t device) {
     const std::size_t vendorStart = findLineStartingWith(text, idsEntryPrefix(vendor));
     if (vendorStart == std::string_view::npos) return std::nullopt;
-    const std::string prefix = "\t" + idsEntryPrefix(device);
+    // A device line is its vendor's entry form, indented by one tab.
+    const std::string prefix = std::string(1, '\t').append(idsEntryPrefix(device));
     for (std::size_t start = nextLineStart(text, vendorStart); start < text.size();
          start = nextLineStart(text, start)) {
         const std::string_view line = lineAt(text, start);
