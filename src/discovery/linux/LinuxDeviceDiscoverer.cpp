@@ -17,29 +17,7 @@ LinuxDeviceDiscoverer::LinuxDeviceDiscoverer(std::shared_ptr<SystemSource> sourc
                                              std::shared_ptr<HardwareIds> hardwareIds)
     : source_(std::move(source)), hardwareIds_(std::move(hardwareIds)) {}
 
-DictionaryRef LinuxDeviceDiscoverer::discoverInfo() {
-    DictionaryRef section = makeDictionary();
-    section->set(kSerialNumbersKey, discoverSerialNumbers());
-    section->set(kDisplaysKey, discoverDisplays());
-    section->set(kKeyboardsKey, discoverKeyboards());
-    section->set(kPointingDevicesKey, discoverPointingDevices());
-    section->set(kBatteriesKey, discoverBatteries());
-    section->set(kDisksKey, discoverDisks());
-    section->set(kNetworkAdaptersKey, discoverNetworkAdapters());
-    section->set(kCameraKey, discoverCameras());
-    section->set(kMemoryKey, discoverMemories());
-    return section;
-}
-
-ArrayRef LinuxDeviceDiscoverer::discoverSerialNumbers() {
-    ArrayRef serials = makeArray();
-    if (const std::optional<std::string> serial = linuxMachineSerialNumber(*source_)) {
-        DictionaryRef entry = makeDictionary();
-        entry->set(kSerialNumberKey, *serial);
-        serials->push_back(entry);
-    }
-    return serials;
-}
+ArrayRef LinuxDeviceDiscoverer::discoverSerialNumbers() { return serialNumbersOf(linuxMachineSerialNumber(*source_)); }
 
 ArrayRef LinuxDeviceDiscoverer::discoverDisplays() { return discoverLinuxDisplays(*source_, *hardwareIds_); }
 

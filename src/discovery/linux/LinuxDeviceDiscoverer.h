@@ -1,36 +1,29 @@
 #pragma once
 
-// The "iokit" section on Linux: the machine's serial number and its devices, in the
-// section's order: displays, keyboards, pointing devices, batteries, disks, network
-// adapters, cameras and memory modules. Each category is read from sysfs, procfs and
-// the firmware tables by its own free function; this class puts them together.
+// The "iokit" section on Linux: each category is read from sysfs, procfs and the firmware
+// tables by its own free function.
 
 #include <memory>
 
-#include "discovery/QVSystemInfoDiscoverer.h"
-#include "discovery/SectionKeys.h"
+#include "discovery/IOKitSectionDiscoverer.h"
 #include "discovery/SystemSource.h"
 #include "discovery/formats/HardwareIds.h"
 
 namespace tov {
 
-class LinuxDeviceDiscoverer : public QVDiskDiscoverer, public IOKitSectionKeys {
+class LinuxDeviceDiscoverer : public IOKitSectionDiscoverer {
 public:
     LinuxDeviceDiscoverer(std::shared_ptr<SystemSource> source, std::shared_ptr<HardwareIds> hardwareIds);
 
-    std::string sourceName() const override { return "iokit"; }
-    DictionaryRef discoverInfo() override;
+    ArrayRef discoverSerialNumbers() override;
+    ArrayRef discoverDisplays() override;
+    ArrayRef discoverKeyboards() override;
+    ArrayRef discoverPointingDevices() override;
+    ArrayRef discoverBatteries() override;
     ArrayRef discoverDisks() override;
-
-    // [ { "serialNumber": serial } ], or an empty array on a machine without one.
-    ArrayRef discoverSerialNumbers();
-    ArrayRef discoverDisplays();
-    ArrayRef discoverKeyboards();
-    ArrayRef discoverPointingDevices();
-    ArrayRef discoverBatteries();
-    ArrayRef discoverNetworkAdapters();
-    ArrayRef discoverCameras();
-    ArrayRef discoverMemories();
+    ArrayRef discoverNetworkAdapters() override;
+    ArrayRef discoverCameras() override;
+    ArrayRef discoverMemories() override;
 
 private:
     std::shared_ptr<SystemSource> source_;

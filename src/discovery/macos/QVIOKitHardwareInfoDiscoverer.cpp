@@ -1,6 +1,5 @@
 #include "discovery/macos/QVIOKitHardwareInfoDiscoverer.h"
 
-#include <optional>
 #include <utility>
 
 #include "discovery/QVSWiFiInterfaceFactory.h"
@@ -17,28 +16,8 @@ namespace tov {
 QVIOKitHardwareInfoDiscoverer::QVIOKitHardwareInfoDiscoverer(std::shared_ptr<SystemSource> source, bool mockWiFi)
     : source_(std::move(source)), mockWiFi_(mockWiFi) {}
 
-DictionaryRef QVIOKitHardwareInfoDiscoverer::discoverInfo() {
-    DictionaryRef section = makeDictionary();
-    section->set(kSerialNumbersKey, discoverSerialNumbers());
-    section->set(kDisplaysKey, discoverDisplays());
-    section->set(kKeyboardsKey, discoverKeyboards());
-    section->set(kPointingDevicesKey, discoverPointingDevices());
-    section->set(kBatteriesKey, discoverBatteries());
-    section->set(kDisksKey, discoverDisks());
-    section->set(kNetworkAdaptersKey, discoverNetworkAdapters());
-    section->set(kCameraKey, discoverCameras());
-    section->set(kMemoryKey, discoverMemories());
-    return section;
-}
-
 ArrayRef QVIOKitHardwareInfoDiscoverer::discoverSerialNumbers() {
-    ArrayRef serials = makeArray();
-    if (const std::optional<std::string> serial = platformSerialNumberFromRegistry(*source_)) {
-        DictionaryRef entry = makeDictionary();
-        entry->set(kSerialNumberKey, *serial);
-        serials->push_back(entry);
-    }
-    return serials;
+    return serialNumbersOf(platformSerialNumberFromRegistry(*source_));
 }
 
 ArrayRef QVIOKitHardwareInfoDiscoverer::discoverDisplays() { return displaysFromSystemProfiler(*source_); }

@@ -7,37 +7,29 @@
 #include <memory>
 #include <string>
 
+#include "discovery/IOKitSectionDiscoverer.h"
 #include "discovery/QVSWiFiInterface.h"
-#include "discovery/QVSystemInfoDiscoverer.h"
-#include "discovery/SectionKeys.h"
 #include "discovery/SystemSource.h"
 
 namespace tov {
 
-class QVIOKitHardwareInfoDiscoverer : public QVDiskDiscoverer, public IOKitSectionKeys {
+class QVIOKitHardwareInfoDiscoverer : public IOKitSectionDiscoverer {
 public:
-    static constexpr const char* kSourceName = "iokit";
-
     // mockWiFi hands every network adapter the mock Wi-Fi interface's network name; the
     // daemon always asks the system's own interface.
     explicit QVIOKitHardwareInfoDiscoverer(std::shared_ptr<SystemSource> source, bool mockWiFi = false);
 
-    std::string sourceName() const override { return kSourceName; }
-    // The nine categories, in the order of the keys above.
-    DictionaryRef discoverInfo() override;
-
-    // One dictionary { "serialNumber": ... }; empty when the machine states no platform
-    // serial number.
-    ArrayRef discoverSerialNumbers();
-    ArrayRef discoverDisplays();
-    ArrayRef discoverKeyboards();
-    ArrayRef discoverPointingDevices();
-    ArrayRef discoverBatteries();
+    // The serial number is the platform expert's.
+    ArrayRef discoverSerialNumbers() override;
+    ArrayRef discoverDisplays() override;
+    ArrayRef discoverKeyboards() override;
+    ArrayRef discoverPointingDevices() override;
+    ArrayRef discoverBatteries() override;
     ArrayRef discoverDisks() override;
     ArrayRef discoverIOBlockStorageDeviceAsDisks();
-    ArrayRef discoverNetworkAdapters();
-    ArrayRef discoverCameras();
-    ArrayRef discoverMemories();
+    ArrayRef discoverNetworkAdapters() override;
+    ArrayRef discoverCameras() override;
+    ArrayRef discoverMemories() override;
 
 private:
     std::shared_ptr<SystemSource> source_;
