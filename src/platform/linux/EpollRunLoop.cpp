@@ -125,44 +125,25 @@ void EpollRunLoop::dispatch(const epoll_event& event) {
 
 void EpollRunLoop::stop() {
     stopRequested_ = true;
-    const std::uint64_t one = 1;
-    while (::write(wake_.get(), &one, sizeof one) < 0 && errno == EINTR) {
-    }
+    wake();
 }
 
 void EpollRunLoop::post(Callback callback) {
-    {
-        std::lock_guard<std::mutex> lock(postedMutex_);
-        posted_.push_back(std::move(callback));
-    }
+    posted_.push(std::move(callback));
+    wake();
+}
+
+void EpollRunLoop::wake() {
     const std::uint64_t one = 1;
     while (::write(wake_.get(), &one, sizeof one) < 0 && errno == EINTR) {
     }
 }
 
-// Runs the work posted before this pass began; work posted by it wakes the loop again.
+// Runs the work posted before this pass began; work posted by it, or left behind by a
+// stop, runs in a later pass.
 void EpollRunLoop::runPosted() {
     drainCounter(wake_.get());
-    std::size_t pending = 0;
-    {
-        std::lock_guard<std::mutex> lock(postedMutex_);
-        pending = posted_.size();
-    }
-    for (; pending > 0 && !stopRequested_; --pending) {
-        Callback callback;
-        {
-            std::lock_guard<std::mutex> lock(postedMutex_);
-            callback = std::move(posted_.front());
-            posted_.pop_front();
-        }
-        if (callback) callback();
-    }
-    // Work left behind by a stop runs when the loop runs again.
-    if (pending > 0) {
-        const std::uint64_t one = 1;
-        while (::write(wake_.get(), &one, sizeof one) < 0 && errno == EINTR) {
-        }
-    }
+    if (posted_.runQueued(stopRequested_)) wake();
 }
 
 RunLoop::TimerId EpollRunLoop::startTimer(std::chrono::milliseconds delay, Callback callback) {

@@ -9,14 +9,13 @@
 
 #include <atomic>
 #include <chrono>
-#include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <utility>
 
 #include "common/FileDescriptor.h"
+#include "platform/PostedWork.h"
 #include "platform/RunLoop.h"
 
 namespace tov {
@@ -54,6 +53,8 @@ private:
     bool waitAndDispatch();
     void dispatch(const epoll_event& event);
     void runPosted();
+    // Makes the waiting loop run its posted work (and see a stop request).
+    void wake();
     void runDueTimers();
     void runTerminationHandler();
     void runWatch(WatchId id);
@@ -66,8 +67,7 @@ private:
     FileDescriptor timer_;
     FileDescriptor signal_;
 
-    std::mutex postedMutex_;
-    std::deque<Callback> posted_;  // guarded by postedMutex_
+    PostedWork posted_;
     std::atomic<bool> stopRequested_{false};
     std::atomic<bool> running_{false};
 

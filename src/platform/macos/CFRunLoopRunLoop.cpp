@@ -155,10 +155,7 @@ void CFRunLoopRunLoop::stop() {
 }
 
 void CFRunLoopRunLoop::post(Callback callback) {
-    {
-        std::lock_guard<std::mutex> lock(postedMutex_);
-        posted_.push_back(std::move(callback));
-    }
+    posted_.push(std::move(callback));
     signalPostedSource();
 }
 
@@ -167,23 +164,9 @@ void CFRunLoopRunLoop::performPosted(void* info) { static_cast<CFRunLoopRunLoop*
 // Runs the work posted before this pass began, unless a stop is asked for: then the run
 // ends and what is left runs when the loop runs again.
 void CFRunLoopRunLoop::runPosted() {
-    std::size_t pending = 0;
-    {
-        std::lock_guard<std::mutex> lock(postedMutex_);
-        pending = posted_.size();
-    }
-    for (; pending > 0 && !stopRequested_; --pending) {
-        Callback callback;
-        {
-            std::lock_guard<std::mutex> lock(postedMutex_);
-            callback = std::move(posted_.front());
-            posted_.pop_front();
-        }
-        if (callback) callback();
-    }
+    const bool workLeft = posted_.runQueued(stopRequested_);
     if (stopRequested_) CFRunLoopStop(runLoop_);
-    std::lock_guard<std::mutex> lock(postedMutex_);
-    if (!posted_.empty()) CFRunLoopSourceSignal(postedSource_);
+    if (workLeft) CFRunLoopSourceSignal(postedSource_);
 }
 
 RunLoop::TimerId CFRunLoopRunLoop::startTimer(std::chrono::milliseconds delay, Callback callback) {

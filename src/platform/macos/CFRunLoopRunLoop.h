@@ -18,11 +18,10 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <atomic>
-#include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 
+#include "platform/PostedWork.h"
 #include "platform/RunLoop.h"
 
 namespace tov {
@@ -85,8 +84,7 @@ private:
     CFRunLoopRef runLoop_;
     CFRunLoopSourceRef postedSource_ = nullptr;
 
-    std::mutex postedMutex_;
-    std::deque<Callback> posted_;  // guarded by postedMutex_
+    PostedWork posted_;
     std::atomic<bool> stopRequested_{false};
     std::atomic<bool> running_{false};
 
