@@ -1,8 +1,8 @@
 #include "app/QVAppDaemonUtil.h"
 
 #include <algorithm>
-#include <optional>
 #include <cmath>
+#include <optional>
 #include <string_view>
 #include <vector>
 
