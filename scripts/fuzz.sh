@@ -19,16 +19,18 @@ run_fuzzer() {
   name=$(basename "$fuzzer")
   work=$(mktemp -d)
   cp -r "fuzz/corpus/$name/." "$work/" 2>/dev/null || true
-  if ! "$fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
+  local status=0
+  if "$fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
       -artifact_prefix="$work/" "$work" >"$work/log" 2>&1; then
+    echo "fuzz: $name ran ${seconds}s"
+    tail -n 2 "$work/log"
+  else
     echo "fuzz: $name failed; last lines of its log:"
     tail -n 60 "$work/log"
-    rm -rf "$work"
-    return 1
+    status=1
   fi
-  echo "fuzz: $name ran ${seconds}s"
-  tail -n 2 "$work/log"
   rm -rf "$work"
+  return "$status"
 }
 
 results=$(mktemp -d)

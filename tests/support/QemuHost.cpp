@@ -9,15 +9,10 @@
 #include <string_view>
 
 #include "support/ChildProcess.h"
+#include "support/SanitizerBuild.h"
 
 namespace tov::testing {
 namespace {
-
-#if defined(TOV_SANITIZED)
-constexpr bool kSanitizedBuild = true;
-#else
-constexpr bool kSanitizedBuild = false;
-#endif
 
 struct InstalledKernel {
     std::string release;

@@ -15,18 +15,16 @@
 #include "discovery/formats/HardwareIds.h"
 #include "discovery/formats/IdsLines.h"
 #include "support/PartCountingSource.h"
+#include "support/SanitizerBuild.h"
 
 namespace tov {
 namespace {
 
+using testing::kThreadSanitizerBuild;
+
 // Comparing every entry with the whole text is single-threaded string work in which
 // ThreadSanitizer has nothing to find, and under it each comparison takes minutes, near
 // ctest's limit; the plain and AddressSanitizer builds run them.
-#if defined(__SANITIZE_THREAD__)
-constexpr bool kThreadSanitizerBuild = true;
-#else
-constexpr bool kThreadSanitizerBuild = false;
-#endif
 constexpr const char* kNotUnderThreadSanitizer = "single-threaded and minutes long under ThreadSanitizer";
 
 using testing::PartCountingSource;
